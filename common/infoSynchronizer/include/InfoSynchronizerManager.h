@@ -1,0 +1,170 @@
+// The library's front: the manager that the camera pipeline reports its snapshots to.
+
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <cutils/properties.h>
+
+#include "Export.h"
+#include "InfoCollector.h"
+#include "InfoSyncType.h"
+#include "InfoSynchronizer.h"
+#include "RequestRecord.h"
+#include "RequestRecordQueue.h"
+#include "ThreadAnnotations.h"
+#include "ThreadPool.h"
+
+namespace camInfosync {
+
+// The two property switches of snapshot collection, read once while the including file's
+// binary is loaded.
+// Deliberate: internal linkage, so every file that includes this header has its own pair. The
+// library decides by the pair of the manager's source.
+[[maybe_unused]] static const bool camQuillSupported =
+        property_get_bool("persist.vendor.camera.camquill.supported", 0) != 0;
+[[maybe_unused]] static const bool infoSyncCollectForceEnabled =
+        property_get_bool("persist.vendor.camera.infoSyncCollect.forceEnabled", 0) != 0;
+
+// Keeps one record per snapshot in flight and reports it when the pipeline flushes it.
+//
+// Collection is on if the property "persist.vendor.camera.camquill.supported" is true and
+// either "persist.vendor.camera.infoSyncCollect.forceEnabled" is true or the intent-aware
+// object answers the command "snapshotInfoCollectEnable" with "enabled". While it is off,
+// registration, unregistration and flush do nothing.
+//
+// Two managers: GetInstance() and getInstance() give different objects. Registration,
+// unregistration and flush always work on the getInstance() manager; updates work on the
+// manager they are called on. Call everything on getInstance().
+//
+// Thread safety: every operation may be called from any thread and runs on it. Operations on
+// records wait for each other on the queue's one mutex, and a flush holds it for the whole
+// report: the intent-aware object must not call an operation that takes it. The gated
+// operations ask the command executor without a lock, so the first of them, and any during
+// which the answer changes, must not overlap another (see CmdExecutor).
+//
+// Errors: nothing is returned. A problem is one log line and no effect. std::bad_alloc passes;
+// the mutex is then free, and what was written stays.
+class INFOSYNC_EXPORT InfoSynchronizerManager {
+  public:
+    // Builds the three synchronizers, an empty queue and a pool of one worker. Throws what
+    // ThreadPool and std::bad_alloc throw; nothing is left behind then.
+    InfoSynchronizerManager();
+    ~InfoSynchronizerManager();
+    InfoSynchronizerManager(const InfoSynchronizerManager&) = delete;
+    InfoSynchronizerManager& operator=(const InfoSynchronizerManager&) = delete;
+
+    // The manager of the record operations: built on the first call, from any thread, and
+    // destroyed at process exit. If building throws, the next call tries again.
+    static InfoSynchronizerManager& getInstance();
+
+    // Hands `in` to a synchronizer. COLLECT and COLLECT_ALT: reports the RequestRecord at `in`,
+    // without a lock; `out` is not touched. CMD: stores the answer (a const char* owned by the
+    // executor) for the command key at `in` in `*out`. A null argument that is needed is logged
+    // as a warning; that and any other type have no effect.
+    void request(InfoSyncType type, const void* in, void** out);
+
+    // Starts a record under `imageName`. An existing record is kept and a warning logged.
+    void registerSnapshotRequestRecord(std::string imageName);
+
+    // Drops the record; a warning is logged if there is none.
+    void unregisterSnapshotRequestRecord(std::string imageName);
+
+    // Reports the record through the collector of INFO_SYNC_TYPE_COLLECT before it returns. The
+    // record stays. Any other type, or an unknown name, reports nothing.
+    // Also passes on what the intent-aware object throws.
+    void snapshotRequestInfoFlush(std::string imageName, InfoSyncType type);
+
+    // The updates. Each replaces one group of a record's fields. The record is found by the
+    // name it was registered under, except where an operation says otherwise, and an unknown
+    // name is logged as a warning.
+
+    // Appends `camIds` to those already there. The name that is stored here makes the record
+    // visible to updateZuAlgoInfo, updateNodeProcTime and updateNodeProcState: call it first.
+    void updateFrameInfo(std::string imageName, uint32_t frameNumber, std::string timestamp,
+                         std::vector<uint32_t> camIds, uint32_t frameExtra);
+
+    void updateRequestInfo(std::string imageName, int32_t reqValueA, int32_t reqValueB,
+                           bool reqFlag, uint64_t reqValue64, std::vector<int32_t> reqIdsA,
+                           std::vector<int32_t> expectedResultIds);
+
+    void updateUIInfo(std::string imageName, RequestType requestType, uint32_t camMode,
+                      int32_t faceDetect, float zoomRatio, std::string uiExtra);
+
+    void updateAnchor3aInfo(std::string imageName, float fstop, int32_t iso, float lux,
+                            int64_t exposureTime);
+
+    void updateAnchorFrame(std::string imageName, int32_t anchorFrame);
+
+    // Stores the text of `errorCode` (0 to 4) under `resultId`. While fewer results are known
+    // than expected, marks all expected ids as "not_return" first. A code other than 0 marks
+    // the snapshot as failed; one outside 0 to 4 is logged as a warning and has no effect.
+    void updateVndResultInfo(std::string imageName, uint32_t resultId, int32_t errorCode);
+
+    // Replaces all vendor results. Marks no failure, whatever the texts say.
+    void updateVndResultInfo(std::string imageName, SnapshotInfo::VendorResultInfo info);
+
+    // Replaces the list of algorithms and gives those that are new to the record their starting
+    // values. Finds the record by its frame's image name; an unknown name is not warned about.
+    void updateZuAlgoInfo(std::string imageName, std::vector<std::string> algoList);
+
+    // Replaces all algorithm information.
+    void updateZuAlgoInfo(std::string imageName, SnapshotInfo::ZuAlgoInfo info);
+
+    // Marks the snapshot as failed with `text`, but does not list its name among the queue's
+    // errorImageNames. A null text is logged as a warning and has no effect.
+    void updateSnapshotErrorInfo(std::string imageName, const char* text);
+
+    // Replaces the queue-wide post-processing information. Belongs to no snapshot.
+    void updatePostProcInfo(std::map<std::string, uint32_t> info);
+
+    // Stamps a time stage (0 to 14, an index into TimeStageToChar) with the milliseconds since
+    // the record's creation. Higher stages are ignored.
+    void updateSnapshotTimeInfo(std::string imageName, uint32_t stage);
+
+    // Stores ready values in milliseconds under stage names. Other keys are ignored.
+    void updateSnapshotTimeInfo(std::string imageName, std::map<std::string, int64_t> timeInfo);
+
+    // Stores a node's start, second and completion time, in the caller's units. A second time
+    // of -1.0 marks the snapshot as failed. Finds the record by its frame's image name; an
+    // unknown name is not warned about.
+    void updateNodeProcTime(std::string imageName, std::string nodeName, double first,
+                            double second, double third);
+
+    // Stores the text of `state` (0 to 4) for a node. A state other than 0 marks the snapshot
+    // as failed; one outside 0 to 4 is logged as a warning and has no effect. Finds the record
+    // by its frame's image name; an unknown name is not warned about.
+    void updateNodeProcState(std::string imageName, std::string nodeName, int32_t state);
+
+    // Stores ready state texts by node. Marks no failure, whatever the texts say. Finds the
+    // record by its frame's image name; an unknown name is not warned about.
+    void updateNodeProcState(std::string imageName, std::map<std::string, std::string> states);
+
+    // Open to whoever inspects records at a desk. The pointers are fixed from construction to
+    // destruction; what the queue holds is guarded by its mutex.
+    std::unique_ptr<ThreadPool> mThreadPool;
+    std::shared_ptr<RequestRecordQueue> mRequestRecordQueue;
+    std::map<InfoSyncType, std::shared_ptr<InfoSynchronizer>> mSynchronizers;
+};
+
+// Deliberate: inline in the manager's source alone, which every other binary then calls. A
+// caller that compiled it too would own a second `instance` wherever the dynamic linker does
+// not merge the two: with this library, or the caller, loaded with local scope.
+#ifdef INFOSYNC_MANAGER_SOURCE
+__attribute__((used)) INFOSYNC_EXPORT inline InfoSynchronizerManager&
+InfoSynchronizerManager::getInstance() {
+    static InfoSynchronizerManager instance;
+    return instance;
+}
+#endif
+
+}  // namespace camInfosync
+
+// Returns the address of a manager, an InfoSynchronizerManager*, that is not the one of
+// getInstance(): built on the first call, from any thread, and destroyed at process exit.
+// Throws as the manager's constructor does; the next call then tries again.
+extern "C" INFOSYNC_EXPORT void* GetInstance();

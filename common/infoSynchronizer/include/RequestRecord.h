@@ -1,0 +1,95 @@
+// What is known about one snapshot, and the texts that its codes stand for.
+
+#pragma once
+
+#include <time.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Export.h"
+
+namespace camInfosync {
+
+// Texts by code, as they appear in records and reports. Constant data; indexed without a check.
+INFOSYNC_EXPORT extern const char* const TimeStageToChar[15];       // time stage
+INFOSYNC_EXPORT extern const char* const NodeProcInfoToChar[5];     // node state
+INFOSYNC_EXPORT extern const char* const ResultErrorCodeToChar[5];  // vendor result code
+
+// The kind of a request. The library stores it and never branches on it; the callers own its
+// values.
+enum RequestType : int32_t {
+    REQUEST_TYPE_DEFAULT = 1,  // given to a record at registration
+};
+
+// The frame that a snapshot was taken from. Written as a whole by updateFrameInfo.
+struct FrameInfo {
+    uint32_t frameNumber = 0;
+    std::string timestamp;         // the caller's text, reported as it stands
+    std::vector<uint32_t> camIds;  // grows with every updateFrameInfo; the first one is reported
+    uint32_t frameExtra = 0;
+    std::string imageName;  // empty until the first updateFrameInfo; findByImageName compares it
+};
+
+// Everything else that the pipeline's stages told about a snapshot.
+struct SnapshotInfo {
+    // The parameters of the request. updateAnchorFrame writes `anchorFrame` and nothing else
+    // does; updateRequestInfo writes all the others.
+    struct RequestInfo {
+        int32_t reqValueA = 0;
+        int32_t reqValueB = 0;
+        int32_t anchorFrame = 0;  // index of the anchor frame
+        bool reqFlag = false;
+        uint64_t reqValue64 = 0;
+        std::vector<int32_t> reqIdsA;
+        std::vector<int32_t> expectedResultIds;  // ids that a vendor result is expected for
+    };
+
+    // Result id to its ResultErrorCodeToChar text, or to "not_return".
+    using VendorResultInfo = std::map<int32_t, std::string>;
+
+    // What the algorithm nodes told. The times are in the caller's units.
+    struct ZuAlgoInfo {
+        std::vector<std::string> algoList;             // "key" or "key:more"
+        std::map<std::string, double> algoTimeA;       // node to start time
+        std::map<std::string, double> algoTimeB;       // node to second time; -1.0 is a time-out
+        std::map<std::string, double> algoTimeC;       // node to completion time
+        std::map<std::string, std::string> algoState;  // node to state text
+    };
+
+    RequestType requestType = REQUEST_TYPE_DEFAULT;
+    uint32_t camMode = 0;
+    int32_t faceDetect = 0;
+    float zoomRatio = 0.0F;
+    std::string uiExtra;
+    RequestInfo requestInfo;
+    VendorResultInfo vendorResultInfo;
+    ZuAlgoInfo zuAlgoInfo;
+    float fstop = 0.0F;
+    int32_t iso = 0;
+    float lux = 0.0F;
+    int64_t exposureTime = 0;
+    std::map<std::string, int64_t> timeInfo;  // TimeStageToChar text to ms since createTime
+};
+
+// One snapshot in flight. A plain value: copies are deep and independent.
+//
+// Thread safety: none of its own. A record that was reached through a queue is guarded by
+// that queue's mutex.
+struct RequestRecord {
+    // Starts an empty record: reads the clock into `createTime` and keeps `type`. Scalars that
+    // no argument sets are zero until their update.
+    INFOSYNC_EXPORT explicit RequestRecord(RequestType type);
+
+    std::vector<std::string> errorInfo;  // error texts in order of arrival
+    bool hasError = false;               // set with every append to errorInfo, never cleared
+    timespec createTime{};               // CLOCK_MONOTONIC at construction
+    timespec requestTime{};              // CLOCK_MONOTONIC at time stage 0
+    FrameInfo frameInfo;
+    SnapshotInfo snapshotInfo;
+    int64_t reserved64 = 0;  // carried along with copies, otherwise unused
+};
+
+}  // namespace camInfosync

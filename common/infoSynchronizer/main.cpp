@@ -1,0 +1,8 @@
+// The library's C entry point.
+
+#include "InfoSynchronizerManager.h"
+
+void* GetInstance() {
+    static camInfosync::InfoSynchronizerManager manager;
+    return &manager;
+}

@@ -1,0 +1,27 @@
+// What a desk program can ask the stand-in overlap library for, besides what a phone's gives.
+// The names are looked up with dlsym in the loaded library.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// One call that the service received.
+struct ServiceCall {
+    enum class Kind { kSetParam, kReportEvent, kFinishReport };
+    Kind kind;
+    std::string id;
+    std::string key;    // of setParam
+    std::string value;  // of setParam; the event of reportEvent
+    int32_t first = 0;  // the integers of finishReport
+    int32_t second = 0;
+};
+
+// Where the stand-in lies on the phone, and so under the host root.
+inline constexpr char kOverlapServicePath[] = "/vendor/lib64/com.veltro.camhal.overlap.so";
+
+// Moves the calls received so far into `calls`, in the order of their arrival, and forgets
+// them. From any thread.
+using TakeServiceCalls = void(std::vector<ServiceCall>* calls);
+inline constexpr char kTakeServiceCalls[] = "infosyncTakeServiceCalls";

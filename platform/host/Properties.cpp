@@ -1,0 +1,71 @@
+// The property store of libcutils: "build.prop" in the host root, with the environment's
+// INFOSYNC_HOST_PROPERTIES, a text of the same format, laid over it.
+
+#include <cutils/properties.h>
+
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "HostRoot.h"
+
+namespace {
+
+using Properties = std::map<std::string, std::string, std::less<>>;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r\v\f";
+    const size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+// Reads lines "key=value". A line that begins with # is a comment; the last line of a key wins.
+void readInto(Properties& properties, std::istream& stream) {
+    for (std::string line; std::getline(stream, line);) {
+        const std::string_view text = trimmed(line);
+        const size_t equals = text.find('=');
+        if (text.empty() || text.front() == '#' || equals == std::string_view::npos) {
+            continue;
+        }
+        properties.insert_or_assign(std::string(trimmed(text.substr(0, equals))),
+                                    std::string(trimmed(text.substr(equals + 1))));
+    }
+}
+
+Properties readProperties() {
+    Properties properties;
+    std::ifstream file(hostRoot() + "/build.prop");
+    readInto(properties, file);
+    if (const char* overlay = std::getenv("INFOSYNC_HOST_PROPERTIES"); overlay != nullptr) {
+        std::istringstream stream(overlay);
+        readInto(properties, stream);
+    }
+    return properties;
+}
+
+}  // namespace
+
+int8_t property_get_bool(const char* key, int8_t default_value) {
+    static const Properties properties = readProperties();
+    const auto property = key != nullptr ? properties.find(key) : properties.end();
+    if (property == properties.end()) {
+        return default_value;
+    }
+    const std::string& value = property->second;
+    for (const char* yes : {"1", "y", "yes", "on", "true"}) {
+        if (value == yes) {
+            return 1;
+        }
+    }
+    for (const char* no : {"0", "n", "no", "off", "false"}) {
+        if (value == no) {
+            return 0;
+        }
+    }
+    return default_value;
+}
