@@ -459,18 +459,20 @@ void InfoSynchronizerManager::updateSnapshotTimeInfo(std::string imageName,
 
 void InfoSynchronizerManager::updateNodeProcTime(std::string imageName, std::string nodeName,
                                                  double first, double second, double third) {
-    QueueGuard guard(*mRequestRecordQueue);
     RequestRecordQueue& queue = *mRequestRecordQueue;
-    queue.findByImageName(imageName, [&](const std::shared_ptr<RequestRecord>& record) {
-        SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
-        algo.algoTimeA[nodeName] = first;
-        algo.algoTimeB[nodeName] = second;
-        algo.algoTimeC[std::move(nodeName)] = third;
-        if (second == -1.0) {
-            markFailed(queue, *record, imageName, "node process time out");
-        }
-        return false;
-    });
+    QueueGuard guard(queue);
+    queue.findByImageName(
+            imageName,
+            [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
+                SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
+                algo.algoTimeA[nodeName] = first;
+                algo.algoTimeB[nodeName] = second;
+                algo.algoTimeC[std::move(nodeName)] = third;
+                if (second == -1.0) {
+                    markFailed(queue, *record, imageName, "node process time out");
+                }
+                return false;
+            });
     INFOSYNC_LOGI(site::kNodeProcTime, "update  image %s  NodeProcTime, queue size: %lu",
                   imageName.c_str(), countRecords(queue));
 }
@@ -481,16 +483,18 @@ void InfoSynchronizerManager::updateNodeProcState(std::string imageName, std::st
     if (text == nullptr) {
         return;
     }
-    QueueGuard guard(*mRequestRecordQueue);
     RequestRecordQueue& queue = *mRequestRecordQueue;
-    queue.findByImageName(imageName, [&](const std::shared_ptr<RequestRecord>& record) {
-        record->snapshotInfo.zuAlgoInfo.algoState[std::move(nodeName)] = text;
-        // Deliberate: a flushed task counts as an error like the others.
-        if (state != 0) {
-            markFailed(queue, *record, imageName, "node process error");
-        }
-        return false;
-    });
+    QueueGuard guard(queue);
+    queue.findByImageName(
+            imageName,
+            [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
+                record->snapshotInfo.zuAlgoInfo.algoState[std::move(nodeName)] = text;
+                // Deliberate: a flushed task counts as an error like the others.
+                if (state != 0) {
+                    markFailed(queue, *record, imageName, "node process error");
+                }
+                return false;
+            });
 }
 
 void InfoSynchronizerManager::updateNodeProcState(std::string imageName,
