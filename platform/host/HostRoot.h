@@ -2,11 +2,23 @@
 
 #pragma once
 
+#include <dlfcn.h>
+
 #include <cstdlib>
 #include <string>
 
-// The directory that stands in for the phone's root. Empty means that the paths are real.
+// The directory that stands in for the phone's root: the environment's INFOSYNC_HOST_ROOT, or
+// the one that lies two folders above the library that asks. Empty means that the paths are
+// real.
 inline std::string hostRoot() {
-    const char* root = std::getenv("INFOSYNC_HOST_ROOT");
-    return root != nullptr ? root : INFOSYNC_HOST_ROOT;
+    if (const char* root = std::getenv("INFOSYNC_HOST_ROOT"); root != nullptr) {
+        return root;
+    }
+    static const char anchor = 0;  // an address in the asking library
+    Dl_info library{};
+    if (dladdr(&anchor, &library) == 0) {
+        return {};
+    }
+    const std::string path = library.dli_fname;
+    return path.substr(0, path.rfind('/') + 1) + "../../host-root";
 }

@@ -1,0 +1,34 @@
+# What `cmake --install` puts in place: the library, its public headers, the stand-ins that it
+# links at a desk, and a package file for find_package(caminfosync).
+
+include(CMakePackageConfigHelpers)
+
+set(headers ${CMAKE_INSTALL_INCLUDEDIR}/caminfosync)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/caminfosync)
+# The same way from the stand-ins to the host root as in the build folder.
+set(desk ${CMAKE_INSTALL_LIBDIR}/caminfosync)
+
+set_target_properties(caminfosync PROPERTIES
+    INSTALL_RPATH "$ORIGIN/caminfosync/platform/host"
+    INSTALL_RPATH_USE_LINK_PATH ON)
+install(TARGETS caminfosync EXPORT caminfosync
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${headers})
+install(TARGETS cutils processgroup debug hostroot EXPORT caminfosync
+    LIBRARY DESTINATION ${desk}/platform/host
+    INCLUDES DESTINATION ${headers})
+install(TARGETS overlap_service LIBRARY DESTINATION ${desk}/host-root/vendor/lib64)
+install(FILES platform/host/build.prop DESTINATION ${desk}/host-root)
+install(DIRECTORY common/infoSynchronizer/include/ platform/include/ DESTINATION ${headers})
+
+install(EXPORT caminfosync NAMESPACE infosync:: FILE caminfosync-targets.cmake
+    DESTINATION ${package})
+configure_package_config_file(cmake/caminfosync-config.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/caminfosync-config.cmake INSTALL_DESTINATION ${package})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/caminfosync-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/caminfosync-config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/caminfosync-config-version.cmake
+    cmake/FindAndroidLog.cmake
+    DESTINATION ${package})
