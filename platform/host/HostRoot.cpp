@@ -13,7 +13,7 @@ bool startsWith(const std::string& text, const char* prefix) {
 }
 
 std::string hostPath(const char* path) {
-    const std::string phonePath = path;
+    std::string phonePath = path;
     if (!startsWith(phonePath, "/vendor/") && !startsWith(phonePath, "/odm/")) {
         return phonePath;
     }
