@@ -4,14 +4,13 @@
 #include "OverlapService.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <mutex>
 
-#include "IntentAwareSys.h"
+#include "ServiceBase.h"
 
 namespace {
 
-class RecordingService final : public IntentAwareSys {
+class RecordingService final : public ServiceBase {
   public:
     void setParam(const std::string& id, const std::string& key,
                   const std::string& value) override {
@@ -41,58 +40,21 @@ class RecordingService final : public IntentAwareSys {
         mCalls.push_back(std::move(call));
     }
 
-    void reserved01() override {}
-    void reserved02() override {}
-    void reserved03() override {}
-    void reserved04() override {}
-    void reserved05() override {}
-    void reserved06() override {}
-    void reserved07() override {}
-    void reserved08() override {}
-    void reserved09() override {}
-    void reserved10() override {}
-    void reserved11() override {}
-    void reserved12() override {}
-    void reserved13() override {}
-    void reserved14() override {}
-    void reserved15() override {}
-    void reserved16() override {}
-    void reserved17() override {}
-    void reserved18() override {}
-    void reserved19() override {}
-    void reserved20() override {}
-    void reserved22() override {}
-
     std::mutex mMutex;
     std::vector<ServiceCall> mCalls;  // guarded by mMutex
 };
 
 RecordingService& service() {
-    // Never destroyed: calls may arrive until the very end of the process.
-    static auto& service = *new RecordingService;
+    static RecordingService service;
     return service;
 }
-
-class Instance final : public OverlapInstance {
-  public:
-    void start() override {}
-    void* getObject(const char* name, int /*option*/) override {
-        IntentAwareSys* object = std::strcmp(name, "IntentAwareSys") == 0 ? &service() : nullptr;
-        return object;
-    }
-
-  private:
-    void reserved1() override {}
-    void reserved2() override {}
-    void reserved4() override {}
-};
 
 }  // namespace
 
 extern "C" {
 
 void* GetInstance(void* /*options*/) {
-    static Instance instance;
+    static ServiceInstance instance(&service());
     return static_cast<OverlapInstance*>(&instance);
 }
 

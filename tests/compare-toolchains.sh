@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Plays all scenarios with several builds of the library and compares the reports and the log
+# texts byte for byte. Each argument is a build folder, with the emulator that it needs in
+# front: tests/compare-toolchains.sh build/dev "qemu-aarch64 -L SYSROOT build/arm64"
+set -euo pipefail
+cd "$(dirname "$0")/.."
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# Plays one scenario; the log without what differs from run to run: the Android log's time,
+# process and thread, and addresses.
+play() {
+    local output=$1 scenario=$2
+    shift 2
+    local options=()
+    case $scenario in *switched-off*)
+        options=(--property persist.vendor.camera.camquill.supported=false) ;;
+    esac
+    INFOSYNC_DEBUG_MASK=1 "$@" "${options[@]}" --log-level 2 --json "$output.jsonl" "$scenario" \
+        >"$output.txt" 2>"$output.err"
+    sed -E 's/^([^ ]+ [VDIWEF]) [0-9-]+ [0-9:]+ +[0-9]+ +[0-9]+ /\1 /
+            s/(mIntentAwareImpl is|features_mgr_handle =) .*/\1 ADDRESS/' "$output.err" |
+        LC_ALL=C sort >"$output.log"
+    rm "$output.err"
+    [ -s "$output.log" ] || { echo "no log of $scenario" >&2; exit 1; }
+}
+
+number=0
+for build in "$@"; do
+    read -r -a command <<<"$build"
+    command[-1]=${command[-1]}/tools/infosync-replay
+    number=$((number + 1))
+    mkdir "$work/$number"
+    for scenario in scenarios/*.jsonl; do
+        play "$work/$number/$(basename "$scenario" .jsonl)" "$scenario" "${command[@]}"
+    done
+    diff -r "$work/1" "$work/$number" || { echo "$build differs from $1" >&2; exit 1; }
+done
+files=("$work/1"/*)
+echo "$number builds: ${#files[@]} files of reports and logs are identical"
