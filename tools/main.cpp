@@ -1,0 +1,144 @@
+// The program: sets the environment as the options say, and only then loads the player and the
+// library with it, which read the environment while they are being loaded.
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "ReplayOptions.h"
+
+namespace {
+
+constexpr int kUnusable = 2;
+
+struct Settings {
+    ReplayOptions replay;
+    std::vector<std::string> properties;
+    std::string answer;
+    std::string logLevel;
+    bool noService = false;
+};
+
+std::string checkProperty(const std::string& text) {
+    const size_t equals = text.find('=');
+    const bool good = equals != std::string::npos && equals != 0 && text[0] != '#' &&
+                      text.find_first_of(" \t\r\v\f") > equals &&
+                      text.find('\n') == std::string::npos;
+    return good ? "" : "must be KEY=VALUE in one line: " + text;
+}
+
+void addOptions(CLI::App& app, Settings& settings) {
+    app.add_option("log", settings.replay.log, "The capture log, or - for standard input")
+            ->required()
+            ->type_name("LOG");
+    app.add_option("--json", settings.replay.json,
+                   "Write each call that the service received to FILE as a line of JSON; - writes "
+                   "them to standard output in place of the report")
+            ->type_name("FILE");
+    app.add_option("--repeat", settings.replay.repeat,
+                   "Play the log N times; image names end in #2 in the second round, and so on")
+            ->check(CLI::Range(uint32_t{1}, UINT32_MAX - 1))
+            ->type_name("N");
+    app.add_option("--property", settings.properties, "Set a system property; may be repeated")
+            ->check(checkProperty)
+            ->type_name("KEY=VALUE")
+            ->allow_extra_args(false);
+    app.add_option("--answer", settings.answer,
+                   "What the service answers to every command, instead of \"enabled\"")
+            ->type_name("TEXT");
+    app.add_flag("--no-service", settings.noService, "Play without an overlap library");
+    app.add_option("--log-level", settings.logLevel,
+                   "The least level that the library logs to standard error, instead of warn")
+            ->check(CLI::IsMember({"debug", "info", "warn", "error", "silent"}))
+            ->type_name("LEVEL");
+    app.add_flag("--quiet", settings.replay.quiet, "No report and no progress bar");
+    app.set_version_flag("--version", INFOSYNC_VERSION);
+}
+
+const char* levelNumber(const std::string& name) {
+    return name == "debug"   ? "3"
+           : name == "info"  ? "4"
+           : name == "warn"  ? "5"
+           : name == "error" ? "6"
+                             : "8";
+}
+
+void setEnvironment(const CLI::App& app, const Settings& settings) {
+    if (!settings.properties.empty()) {
+        const char* before = std::getenv("INFOSYNC_HOST_PROPERTIES");
+        std::string properties = before != nullptr ? before : "";
+        for (const std::string& property : settings.properties) {
+            properties += '\n' + property;
+        }
+        setenv("INFOSYNC_HOST_PROPERTIES", properties.c_str(), 1);
+    }
+    if (app.count("--answer") != 0) {
+        setenv("INFOSYNC_HOST_ANSWER", settings.answer.c_str(), 1);
+    }
+    if (settings.noService) {
+        setenv("INFOSYNC_HOST_NO_SERVICE", "1", 1);
+    }
+    if (!settings.logLevel.empty()) {
+        setenv("INFOSYNC_LOG_LEVEL", levelNumber(settings.logLevel), 1);
+    }
+}
+
+// The player lies beside the program in the build folder, and in a folder of its own once both
+// are installed. By a full path, since the loader would search where hostroot says.
+std::string playerPath() {
+    std::error_code error;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto beside = folder / INFOSYNC_PLAYER;
+    return std::filesystem::exists(beside, error)
+                   ? beside
+                   : folder / INFOSYNC_PLAYER_FOLDER / INFOSYNC_PLAYER;
+}
+
+// Loads the player. The library prints a line to standard output meanwhile; it goes to standard
+// error, since what follows may be read by a program.
+void* loadPlayer() {
+    const int output = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    void* player = dlopen(playerPath().c_str(), RTLD_NOW);
+    std::cout.flush();
+    if (output >= 0) {
+        dup2(output, STDOUT_FILENO);
+        close(output);
+    }
+    return player;
+}
+
+int play(const ReplayOptions& options) {
+    void* player = loadPlayer();
+    auto* entry = player != nullptr ? reinterpret_cast<InfosyncPlay*>(dlsym(player, kInfosyncPlay))
+                                    : nullptr;
+    if (entry == nullptr) {
+        std::fprintf(stderr, "infosync-replay: cannot load the player: %s\n", dlerror());
+        return 1;
+    }
+    return entry(&options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Plays a capture log through the library and shows what the service received.",
+                 "infosync-replay");
+    Settings settings;
+    addOptions(app, settings);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUnusable;
+    }
+    setEnvironment(app, settings);
+    return play(settings.replay);
+}
