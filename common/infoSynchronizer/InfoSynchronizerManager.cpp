@@ -151,6 +151,7 @@ CollectionSwitch readCollectionSwitch() {
 
 InfoSynchronizerManager::InfoSynchronizerManager() {
     INFOSYNC_LOGI(site::kConstructEnter, "Construct Enter");
+    stageKey(0);  // makes the keys now: what is made before a manager outlives it at process exit
     mSynchronizers.clear();
     for (int32_t i = 0; i < INFO_SYNC_TYPE_MAX; ++i) {
         const auto type = static_cast<InfoSyncType>(i);
