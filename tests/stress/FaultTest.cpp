@@ -1,0 +1,309 @@
+// What is left of the library when memory ends, the service fails, or texts are hostile.
+
+#include <functional>
+#include <future>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <android/log.h>
+#include <zudebug/Log.h>
+
+#include "Allocations.h"
+#include "InfoSynchronizerManager.h"
+#include "ServiceBase.h"
+
+namespace camInfosync {
+namespace {
+
+// Longer than a string holds without an allocation.
+const std::string kImage = "an image whose name is kept on the heap";
+const std::string kNode = "a node whose name is kept on the heap";
+
+class Service final : public ServiceBase {
+  public:
+    void setParam(const std::string&, const std::string&, const std::string&) override {
+        onCall("");
+    }
+    void reportEvent(const std::string&, const std::string& event) override { onCall(event); }
+    void finishReport(std::string, int32_t, int32_t) override { onCall(""); }
+    std::string queryValue(std::string) override { return onQuery(); }
+
+    std::function<void(const std::string& event)> onCall = [](const std::string&) {};
+    std::function<std::string()> onQuery = [] { return "enabled"; };
+};
+
+class Fault : public testing::Test {
+  protected:
+    Fault() {
+        zudebug::gZuCamLogLevel = INT32_MAX;
+        InfoSynchronizer::mIntentAwareImpl = &service;
+    }
+    ~Fault() override { forgetAll(); }
+
+    static InfoSynchronizerManager& manager() { return InfoSynchronizerManager::getInstance(); }
+    static RequestRecordQueue& queue() { return *manager().mRequestRecordQueue; }
+    static void flush() { manager().snapshotRequestInfoFlush(kImage, INFO_SYNC_TYPE_COLLECT); }
+
+    static bool mutexIsFree() {
+        return std::async(std::launch::async,
+                          [] {
+                              return std::unique_lock<std::mutex>(queue().mutex, std::try_to_lock)
+                                      .owns_lock();
+                          })
+                .get();
+    }
+
+    static void registerImage() {
+        manager().registerSnapshotRequestRecord(kImage);
+        manager().updateFrameInfo(kImage, 1, "before", {7}, 1);
+        RequestRecord& record = *queue().records.at(kImage);
+        record.hasError = true;
+        record.errorInfo = {"before"};
+        record.snapshotInfo.requestInfo.expectedResultIds = {2, 3};
+        record.snapshotInfo.vendorResultInfo = {{1, "before"}};
+        record.snapshotInfo.zuAlgoInfo.algoTimeA = {{"before", 1.0}};
+        record.snapshotInfo.zuAlgoInfo.algoTimeC = {{"before", 2.0}};
+        record.snapshotInfo.zuAlgoInfo.algoState = {{"before", "OK"}};
+        record.snapshotInfo.timeInfo = {{"before", 1}};
+        queue().errorImageNames = {"before"};
+        queue().postProcInfo = {{"before", 1}};
+    }
+
+    static void expectUnharmed() {
+        ASSERT_EQ(queue().records.count(kImage), 1U);
+        const RequestRecord& record = *queue().records.at(kImage);
+        EXPECT_TRUE(record.hasError);
+        EXPECT_EQ(record.errorInfo.at(0), "before");
+        EXPECT_EQ(record.frameInfo.camIds.at(0), 7U);
+        EXPECT_EQ(record.frameInfo.imageName, kImage);
+        EXPECT_EQ(record.snapshotInfo.vendorResultInfo.at(1), "before");
+        EXPECT_EQ(record.snapshotInfo.zuAlgoInfo.algoTimeA.at("before"), 1.0);
+        EXPECT_EQ(record.snapshotInfo.zuAlgoInfo.algoState.at("before"), "OK");
+        EXPECT_EQ(record.snapshotInfo.timeInfo.at("before"), 1);
+        EXPECT_EQ(queue().errorImageNames.at(0), "before");
+        EXPECT_EQ(queue().postProcInfo.at("before"), 1U);
+    }
+
+    static void forgetAll() {
+        queue().records.clear();
+        std::vector<std::string>().swap(queue().errorImageNames);
+        queue().postProcInfo.clear();
+    }
+
+    // Lets no allocation of `operation` succeed, then one, and so on until it succeeds.
+    static void failEach(const std::function<void()>& operation, bool warm) {
+        for (int succeeding = 0;; ++succeeding) {
+            const long before = allocations::inUse();
+            registerImage();
+            bool failed = false;
+            allocations::left = succeeding;
+            try {
+                operation();
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            allocations::left = -1;
+            EXPECT_TRUE(mutexIsFree());
+            if (failed) {
+                expectUnharmed();
+                operation();
+            }
+            forgetAll();
+            if (warm) {
+                EXPECT_EQ(allocations::inUse(), before);
+            }
+            if (!failed) {
+                EXPECT_GT(succeeding, 0) << "it needs no memory";
+                return;
+            }
+        }
+    }
+
+    Service service;
+};
+
+TEST_F(Fault, AccessorsTryAgainWhenMemoryEnds) {
+    for (auto* accessor : {+[]() -> void* { return &manager(); }, &GetInstance}) {
+        int failures = 0;
+        for (void* built = nullptr; built == nullptr; ++failures) {
+            allocations::left = failures;
+            try {
+                built = accessor();
+            } catch (const std::bad_alloc&) {
+            }
+            allocations::left = -1;
+        }
+        EXPECT_GT(failures, 5);
+        EXPECT_EQ(static_cast<InfoSynchronizerManager*>(accessor())->mSynchronizers.size(), 3U);
+    }
+}
+
+TEST_F(Fault, EveryOperationSurvivesTheEndOfMemory) {
+    const RequestRecord record(REQUEST_TYPE_DEFAULT);
+    const SnapshotInfo::ZuAlgoInfo algo{{kNode}, {{kNode, 1.0}}, {}, {}, {}};
+    InfoSynchronizerManager& m = manager();
+    const std::pair<const char*, std::function<void()>> operations[] = {
+            {"construction", [] { const InfoSynchronizerManager fresh; }},
+            {"pool",
+             [] {
+                 ThreadPool pool(3, 0);
+                 std::string text = kNode;
+                 pool.enqueue([text] {});
+             }},
+            {"executor",
+             [] { CmdExecutor(INFO_SYNC_TYPE_CMD).requestCmd("snapshotInfoCollectEnable"); }},
+            {"register", [&] { m.registerSnapshotRequestRecord(kNode), queue().remove(kNode); }},
+            {"unregister", [&] { m.unregisterSnapshotRequestRecord(kNode); }},
+            {"flush", [] { flush(); }},
+            {"request", [&] { m.request(INFO_SYNC_TYPE_COLLECT_ALT, &record, nullptr); }},
+            {"frame",
+             [&] {
+                 m.updateFrameInfo(kImage, 1, kNode, {1, 2, 3}, 1);
+             }},
+            {"request info",
+             [&] {
+                 m.updateRequestInfo(kImage, 1, 2, true, 3, {1}, {2, 3});
+             }},
+            {"ui", [&] { m.updateUIInfo(kImage, REQUEST_TYPE_DEFAULT, 1, 2, 3, kNode); }},
+            {"3a", [&] { m.updateAnchor3aInfo(kImage, 1, 2, 3, 4); }},
+            {"anchor frame", [&] { m.updateAnchorFrame(kImage, 1); }},
+            {"vendor result", [&] { m.updateVndResultInfo(kImage, 2, 1); }},
+            {"vendor results",
+             [&] {
+                 m.updateVndResultInfo(kImage, {{2, kNode}});
+             }},
+            {"algorithms",
+             [&] {
+                 m.updateZuAlgoInfo(kImage, {kNode + ":more", "short"});
+             }},
+            {"algorithm info", [&] { m.updateZuAlgoInfo(kImage, algo); }},
+            {"error", [&] { m.updateSnapshotErrorInfo(kImage, kNode.c_str()); }},
+            {"post",
+             [&] {
+                 m.updatePostProcInfo({{kNode, 1}});
+             }},
+            {"stage 0", [&] { m.updateSnapshotTimeInfo(kImage, 0); }},
+            {"stage 3", [&] { m.updateSnapshotTimeInfo(kImage, 3); }},
+            {"stage 6", [&] { m.updateSnapshotTimeInfo(kImage, 6); }},
+            {"stages",
+             [&] {
+                 m.updateSnapshotTimeInfo(kImage, {{TimeStageToChar[3], 1}});
+             }},
+            {"node time", [&] { m.updateNodeProcTime(kImage, kNode, 1, -1, 3); }},
+            {"node state", [&] { m.updateNodeProcState(kImage, kNode, 1); }},
+            {"node states",
+             [&] {
+                 m.updateNodeProcState(kImage, {{kNode, kNode}});
+             }},
+    };
+    for (const bool warm : {false, true}) {  // the second time with nothing left to be made once
+        for (const auto& [name, operation] : operations) {
+            SCOPED_TRACE(name);
+            failEach(operation, warm);
+        }
+    }
+}
+
+TEST_F(Fault, ServiceMayThrowFromEachCall) {
+    registerImage();
+    // Eight parameters, the submit event, one node's two events, the closing call.
+    for (int last = 1; last <= 13; ++last) {
+        int calls = 0;
+        service.onCall = [&](const std::string&) {
+            if (++calls == last) {
+                throw std::runtime_error("service");
+            }
+        };
+        if (last <= 12) {
+            EXPECT_THROW(flush(), std::runtime_error) << last;
+        } else {
+            flush();
+        }
+        EXPECT_EQ(calls, std::min(last, 12));
+        EXPECT_TRUE(mutexIsFree());
+        expectUnharmed();
+    }
+    service.onQuery = []() -> std::string { throw std::runtime_error("service"); };
+    EXPECT_THROW(manager().registerSnapshotRequestRecord("other"), std::runtime_error);
+    EXPECT_THROW(manager().unregisterSnapshotRequestRecord(kImage), std::runtime_error);
+    EXPECT_THROW(flush(), std::runtime_error);
+    service.onQuery = [] { return "enabled"; };
+    EXPECT_TRUE(mutexIsFree());
+    expectUnharmed();
+    EXPECT_EQ(queue().records.size(), 1U);
+}
+
+TEST_F(Fault, ServiceMayAskWhileItIsTold) {
+    registerImage();
+    int answers = 0;
+    service.onCall = [&](const std::string&) {
+        void* out = nullptr;
+        manager().request(INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &out);
+        answers += std::string("enabled") == static_cast<const char*>(out) ? 1 : 0;
+    };
+    flush();
+    EXPECT_EQ(answers, 12);
+}
+
+TEST_F(Fault, OnlyTheExactAnswerSwitchesOn) {
+    const struct {
+        std::string answer;
+        bool on;
+    } cases[] = {
+            {"", false},
+            {std::string(1 << 20, 'x'), false},
+            {"enabled" + std::string(1 << 20, ' '), false},
+            {std::string("\0enabled", 8), false},
+            {std::string("enabled\0x", 9), true},  // read as a C string
+            {"enabled", true},
+    };
+    for (const auto& test : cases) {
+        service.onQuery = [&test] { return test.answer; };
+        manager().registerSnapshotRequestRecord(kImage);
+        EXPECT_EQ(queue().records.size(), test.on ? 1U : 0U) << test.answer.substr(0, 20);
+        forgetAll();
+    }
+}
+
+TEST_F(Fault, TextsAreNeverInterpreted) {
+    const std::string mebibyte = std::string(1 << 20, 'x') + "%n";
+    for (const std::string& text :
+         {std::string("%s%n%d%%%"), std::string("\"a\\\"b\\"), std::string("a\0b", 3),
+          std::string("\xff\xfe\xc3("), mebibyte}) {
+        std::vector<std::string> events;
+        service.onCall = [&](const std::string& event) { events.push_back(event); };
+        zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
+        zudebug::gZuCamDebugMask = 1;
+        testing::internal::CaptureStderr();
+        manager().registerSnapshotRequestRecord(text);
+        manager().updateFrameInfo(text, 1, text, {}, 1);
+        manager().updateNodeProcTime(text, text, 1, -1, 2);
+        manager().updateSnapshotErrorInfo(text, text.c_str());
+        manager().snapshotRequestInfoFlush(text, INFO_SYNC_TYPE_COLLECT);
+        zudebug::gZuCamDebugMask = 0;
+        const std::string log = testing::internal::GetCapturedStderr();
+        const std::string submit = "{ \"submit-request\":{\"pipeline_name\":\"" + text +
+                                   "\",\"timestamp\":\"" + text + "\"}}";
+        ASSERT_EQ(events.size(), 12U);
+        EXPECT_EQ(events[8], submit);
+        EXPECT_EQ(events[9],
+                  "{\"" + text + "\":{\"pipeline_name\":\"" + text +
+                          "\",\"timestamp\":\"1\",\"cam_id\":\"\",\"node_stage\":\"0\"}}");
+        // A log line ends at the text's first zero byte.
+        EXPECT_NE(log.find(std::string("requestInfo() submitReq ") + submit.c_str()),
+                  std::string::npos);
+        EXPECT_NE(log.find(std::string("requestInfo()submitReq ") +
+                           std::string(submit.c_str()).substr(0, 500)),
+                  std::string::npos);
+        EXPECT_EQ(queue().errorImageNames, std::vector<std::string>{text});
+        forgetAll();
+    }
+}
+
+}  // namespace
+}  // namespace camInfosync

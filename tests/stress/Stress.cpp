@@ -1,0 +1,359 @@
+// Many snapshots at once, each a whole life, checked by the reports that they gave.
+//
+//     infosync-stress [--snapshots N] [--flush-ms N] [--soak SECONDS]
+//
+// With GLIBC_TUNABLES=glibc.malloc.tcache_count=0, the C library's own count of the heap in use
+// is checked too; otherwise it includes what the library keeps for reuse.
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <zudebug/Log.h>
+
+#include "Allocations.h"
+#include "InfoSynchronizerManager.h"
+#include "ServiceBase.h"
+
+namespace {
+
+using namespace camInfosync;  // NOLINT(google-build-using-namespace)
+using Clock = std::chrono::steady_clock;
+
+constexpr int kThreads = 8;
+
+int failures = 0;
+
+void expect(bool holds, const char* what) {
+    if (!holds && ++failures <= 20) {
+        std::printf("FAILED: %s\n", what);
+    }
+}
+
+// Keeps each report as one text.
+class Service final : public ServiceBase {
+  public:
+    void setParam(const std::string& id, const std::string& key,
+                  const std::string& value) override {
+        mFlushing = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(key == "iso" ? mFlushMs : 0));
+        mReport += "P " + id + " " + key + "=" + value + "\n";
+    }
+    void reportEvent(const std::string& id, const std::string& event) override {
+        mReport += "E " + id + " " + event + "\n";
+    }
+    void finishReport(std::string id, int32_t first, int32_t second) override {
+        mReport += "F " + id + " " + std::to_string(first) + " " + std::to_string(second) + "\n";
+        std::lock_guard<std::mutex> lock(mMutex);
+        mReports.push_back(std::exchange(mReport, {}));
+        mFlushing = false;
+    }
+    std::string queryValue(std::string /*key*/) override { return "enabled"; }
+
+    int mFlushMs = 0;
+    std::atomic<bool> mFlushing{false};
+    std::mutex mMutex;
+    std::vector<std::string> mReports;  // guarded by mMutex
+
+  private:
+    static thread_local std::string mReport;  // being received
+};
+thread_local std::string Service::mReport;
+Service service;
+
+// The sums of a round.
+struct Totals {
+    std::mutex mutex;
+    std::vector<std::string> marks;  // the image of each error put in; guarded by mutex
+    std::atomic<int> residentFlushes{0};
+    std::atomic<int> contestedFlushes{0};
+    std::atomic<bool> done{false};
+};
+
+std::atomic<int64_t> longestWait{0};  // nanoseconds
+
+// Runs an update. If it comes while a report is being sent, the time that it takes is a wait.
+template <typename Update>
+void during(Update update) {
+    const bool waits = service.mFlushing;
+    const auto begin = Clock::now();
+    update(InfoSynchronizerManager::getInstance());
+    const int64_t took = std::chrono::nanoseconds(Clock::now() - begin).count();
+    int64_t longest = longestWait;
+    while (waits && took > longest && !longestWait.compare_exchange_weak(longest, took)) {
+    }
+}
+
+InfoSynchronizerManager& manager() {
+    return InfoSynchronizerManager::getInstance();
+}
+
+void flush(const std::string& name) {
+    manager().snapshotRequestInfoFlush(name, INFO_SYNC_TYPE_COLLECT);
+}
+
+// Two images that stay registered during the round.
+std::string residentName(int i) {
+    return "resident-" + std::to_string(i % 2);
+}
+
+std::string ownName(int thread, int i) {
+    return "own-" + std::to_string(thread) + "-" + std::to_string(i);
+}
+
+void fill(const std::string& name, int i) {
+    const auto n = static_cast<uint32_t>(i);
+    during([&](auto& m) { m.updateFrameInfo(name, n, std::to_string(i), {n % 4}, 1); });
+    during([&](auto& m) { m.updateRequestInfo(name, 1, 2, true, 3, {4}, {10, 11}); });
+    during([&](auto& m) { m.updateUIInfo(name, REQUEST_TYPE_DEFAULT, 5, i % 3, 2.75F, "ui"); });
+    during([&](auto& m) { m.updateAnchor3aInfo(name, 1.5F, i, 100.0F, -i); });
+    during([&](auto& m) { m.updateAnchorFrame(name, i); });
+    during([&](auto& m) { m.updateVndResultInfo(name, {{9, "ready"}}); });
+    during([&](auto& m) { m.updateZuAlgoInfo(name, SnapshotInfo::ZuAlgoInfo{}); });
+    during([&](auto& m) { m.updateZuAlgoInfo(name, {"b:more", "a", "never"}); });
+    for (uint32_t stage = 0; stage < 15; ++stage) {
+        during([&](auto& m) { m.updateSnapshotTimeInfo(name, stage); });
+    }
+    during([&](auto& m) { m.updateSnapshotTimeInfo(name, {{TimeStageToChar[7], i}}); });
+    during([&](auto& m) { m.updateNodeProcTime(name, "b", i + 0.5, 1, i + 1.5); });
+    during([&](auto& m) { m.updateNodeProcState(name, {{"b", "OK"}}); });
+    during([&](auto& m) { m.updatePostProcInfo({{name, n}}); });
+}
+
+// Puts errors in, as `i` has it, and adds the image's name to `marks` for each that is listed.
+void damage(const std::string& name, const std::string& node, int i,
+            std::vector<std::string>& marks) {
+    during([&](auto& m) { m.updateVndResultInfo(name, 10, i % 5); });
+    during([&](auto& m) { m.updateNodeProcTime(name, node, i, i % 7 == 0 ? -1.0 : 1.0, i + 2); });
+    during([&](auto& m) { m.updateNodeProcState(name, node, i % 3); });
+    during([&](auto& m) { m.updateSnapshotErrorInfo(name, "reported"); });
+    marks.insert(marks.end(), (i % 5 != 0 ? 1 : 0) + (i % 7 == 0 ? 1 : 0) + (i % 3 != 0 ? 1 : 0),
+                 name);
+}
+
+// What fill() and damage() make of a snapshot.
+std::string ownReport(int thread, int i) {
+    char report[2048];
+#define FRAME "\":{\"pipeline_name\":\"%1$s\",\"timestamp\":\""
+#define STAGE "\",\"cam_id\":\"%4$d\",\"node_stage\":\""
+    snprintf(report, sizeof(report),
+             "P %1$s iso=%2$d\nP %1$s lux=100.000000\nP %1$s face_detect=%3$d\n"
+             "P %1$s cam_mode=5\nP %1$s cam_id=%4$d\nP %1$s fstop=1.500000\n"
+             "P %1$s zoom_ratio=2\nP %1$s exposure_time=%5$d\n"
+             "E %1$s { \"submit-request" FRAME
+             "%2$d\"}}\n"
+             "E %1$s {\"a" FRAME "%2$d" STAGE "0\"}}\nE %1$s {\"a" FRAME "%7$d" STAGE
+             "2\"}}\n"
+             "E %1$s {\"b" FRAME "%2$d" STAGE "0\"}}\nE %1$s {\"b" FRAME "%6$d" STAGE
+             "2\"}}\n"
+             "E %1$s {\"never" FRAME "0" STAGE "0\"}}\nF %1$s 1022 10000\n",
+             ownName(thread, i).c_str(), i, i % 3, i % 4, -i, i + 1, i + 2);
+    return report;
+}
+
+// What a report on a shared image must have, whoever wrote last: eight parameters, the submit
+// event, each node's events in order and the end, all of one id. A record that was flushed
+// before its updateFrameInfo has an empty one.
+bool isWhole(const std::string& report) {
+    const std::string id = report.substr(2, report.find(" iso=") - 2);
+    std::istringstream lines(report);
+    std::string line;
+    const auto next = [&](const std::string& begin) {
+        return std::getline(lines, line) && line.rfind(begin, 0) == 0;
+    };
+    for (const char* key : {"iso", "lux", "face_detect", "cam_mode", "cam_id", "fstop",
+                            "zoom_ratio", "exposure_time"}) {
+        if (!next("P " + id + " " + key + "=")) {
+            return false;
+        }
+    }
+    if (!next("E " + id + " { \"submit-request\":{\"pipeline_name\":\"" + id + "\",")) {
+        return false;
+    }
+    const std::string begin = "E " + id + " {\"";
+    for (std::string last; next(begin);) {
+        const std::string node = line.substr(begin.size(), line.find("\":{") - begin.size());
+        const char stage = line[line.size() - 4];
+        if (node + stage <= last || (stage == '2' && last != node + '0')) {
+            return false;
+        }
+        last = node + stage;
+    }
+    return line == "F " + id + " 1022 10000" && !std::getline(lines, line);
+}
+
+void checkLanded(const std::string& name, size_t errors) {
+    RequestRecordQueue& queue = *manager().mRequestRecordQueue;
+    std::lock_guard<std::mutex> lock(queue.mutex);
+    const auto position = queue.records.find(name);
+    if (position == queue.records.end()) {
+        expect(false, "a record stays until it is unregistered");
+        return;
+    }
+    const RequestRecord& record = *position->second;
+    expect(record.hasError && record.errorInfo.size() == errors + 1 &&
+                   record.snapshotInfo.timeInfo.size() == 15 &&
+                   record.snapshotInfo.vendorResultInfo.size() == 3,
+           "each update has landed in the record");
+}
+
+void leadLives(Totals& totals, int thread, int count) {
+    std::vector<std::string> marks;
+    for (int i = 0; i < count; ++i) {
+        const std::string own = ownName(thread, i);
+        const std::string contested = "contested-" + std::to_string(i % 3);
+        for (const std::string& name : {own, contested}) {
+            manager().registerSnapshotRequestRecord(name);
+            fill(name, i);
+        }
+        const size_t before = marks.size();
+        damage(own, "a", i, marks);
+        checkLanded(own, marks.size() - before);
+        if (i % 4 == 0) {
+            damage(residentName(i / 4), "node-" + std::to_string(thread), i / 4, marks);
+            flush(residentName(i / 4));
+            ++totals.residentFlushes;
+        }
+        for (const std::string& name : {own, contested}) {
+            flush(name);
+            manager().unregisterSnapshotRequestRecord(name);
+        }
+        ++totals.contestedFlushes;
+    }
+    std::lock_guard<std::mutex> lock(totals.mutex);
+    totals.marks.insert(totals.marks.end(), marks.begin(), marks.end());
+}
+
+// What other threads do meanwhile.
+void disturb(Totals& totals) {
+    for (int i = 0; !totals.done; ++i) {
+        manager().registerSnapshotRequestRecord(residentName(i));
+        manager().unregisterSnapshotRequestRecord("unknown");
+        during([](auto& m) { m.updatePostProcInfo({{"disturbed", 1}}); });
+        flush("unknown");
+        if (i % 64 == 0) {
+            flush(residentName(i));
+            ++totals.residentFlushes;
+        }
+        std::this_thread::yield();
+    }
+}
+
+void checkReports(const Totals& totals, int count) {
+    std::vector<std::vector<std::string>> own(kThreads);
+    int residents = 0;
+    int contested = 0;
+    for (const std::string& report : service.mReports) {
+        int thread = 0;
+        if (std::sscanf(report.c_str(), "P own-%d", &thread) == 1) {
+            own[static_cast<size_t>(thread)].push_back(report);
+            continue;
+        }
+        ++(report.rfind("P resident-", 0) == 0 ? residents : contested);
+        expect(isWhole(report), "a report on a shared image is whole");
+    }
+    for (int thread = 0; thread < kThreads; ++thread) {
+        std::vector<std::string> expected;
+        for (int i = 0; i < count; ++i) {
+            expected.push_back(ownReport(thread, i));
+        }
+        expect(own[static_cast<size_t>(thread)] == expected,
+               "each snapshot of a thread's own gives its one report, in order");
+    }
+    expect(residents == totals.residentFlushes, "each flush of a known image gives one report");
+    expect(contested > 0 && contested <= totals.contestedFlushes, "a flush gives one report");
+}
+
+// Checks what the round has left behind, and forgets it.
+void checkAndForget(Totals& totals, int count) {
+    RequestRecordQueue& queue = *manager().mRequestRecordQueue;
+    std::sort(totals.marks.begin(), totals.marks.end());
+    std::sort(queue.errorImageNames.begin(), queue.errorImageNames.end());
+    expect(totals.marks == queue.errorImageNames, "failure marks add up to the errors put in");
+    expect(queue.records.empty(), "the queue is empty");
+    checkReports(totals, count);
+    std::vector<std::string>().swap(queue.errorImageNames);
+    std::vector<std::string>().swap(service.mReports);
+    queue.postProcInfo.clear();
+}
+
+// Each thread leads `count` lives on images of its own and as many on contested ones. Returns
+// the seconds that this took.
+double runRound(int count) {
+    Totals totals;
+    for (int i = 0; i < 2; ++i) {
+        manager().registerSnapshotRequestRecord(residentName(i));
+        manager().updateFrameInfo(residentName(i), 1, "1", {}, 1);
+    }
+    std::vector<std::thread> lives;
+    std::vector<std::thread> others;
+    const auto begin = Clock::now();
+    for (int i = 0; i < kThreads; ++i) {
+        lives.emplace_back([&totals, i, count] { leadLives(totals, i, count); });
+    }
+    for (int i = 0; i < 2; ++i) {
+        others.emplace_back([&totals] { disturb(totals); });
+    }
+    std::for_each(lives.begin(), lives.end(), [](std::thread& thread) { thread.join(); });
+    const std::chrono::duration<double> seconds = Clock::now() - begin;
+    totals.done = true;
+    std::for_each(others.begin(), others.end(), [](std::thread& thread) { thread.join(); });
+    manager().unregisterSnapshotRequestRecord(residentName(0));
+    manager().unregisterSnapshotRequestRecord(residentName(1));
+    checkAndForget(totals, count);
+    return seconds.count();
+}
+
+int option(int argc, char** argv, const char* name, int fallback) {
+    for (int i = 1; i + 1 < argc; i += 2) {
+        fallback = std::strcmp(argv[i], name) == 0 ? std::atoi(argv[i + 1]) : fallback;
+    }
+    return fallback;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int snapshots = option(argc, argv, "--snapshots", 4000);
+    const Clock::duration soak = std::chrono::seconds(option(argc, argv, "--soak", 0));
+    InfoSynchronizer::mIntentAwareImpl = &service;
+    zudebug::gZuCamLogLevel = INT32_MAX;
+    flush("unknown");  // the executor's first answer must not meet others
+
+    const int round = std::clamp(snapshots / (2 * kThreads), 1, 125);
+    runRound(round);
+    const char* tunables = std::getenv("GLIBC_TUNABLES");
+    const bool cachesAreOff =
+            tunables != nullptr && std::strstr(tunables, "glibc.malloc.tcache_count=0") != nullptr;
+    service.mFlushMs = option(argc, argv, "--flush-ms", 0);
+    longestWait = 0;
+    const long warm = allocations::inUse();
+    const size_t warmHeap = mallinfo2().uordblks;
+    int led = 0;
+    double seconds = 0;
+    for (const auto begin = Clock::now(); led < snapshots || Clock::now() - begin < soak;) {
+        seconds += runRound(round);
+        led += 2 * kThreads * round;
+        expect(allocations::inUse() == warm, "allocations are balanced");
+    }
+    const double longestMs = static_cast<double>(longestWait) / 1e6;
+    expect(service.mFlushMs == 0 || longestMs > service.mFlushMs / 2.0, "updates wait for a flush");
+    const size_t heap = mallinfo2().uordblks;
+    expect(!cachesAreOff || heap == warmHeap, "the heap does not grow");
+    std::printf(
+            "%d snapshots, %.0f per second, longest wait of an update for a flush %.3f ms, "
+            "heap in use after warm-up %zu, at the end %zu bytes\n",
+            led, led / seconds, longestMs, warmHeap, heap);
+    return failures != 0 ? 1 : 0;
+}
