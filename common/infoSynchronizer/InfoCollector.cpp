@@ -1,6 +1,7 @@
 #include "InfoCollector.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -19,24 +20,42 @@ constexpr char kLogTag[] = "ZuAlgoEngine";
 constexpr int32_t kFinishFirst = 1022;
 constexpr int32_t kFinishSecond = 10000;
 
+constexpr size_t kUsualEventSize = 256;  // of an event with names of up to 80 characters
+
 // A number as the report writes it.
 class NumberText {
   public:
     template <typename Integer>
-    explicit NumberText(Integer value)
-        : mLength(static_cast<size_t>(std::to_chars(mText, mText + sizeof(mText), value).ptr -
-                                      mText)) {}
+    explicit NumberText(Integer value) : mEnd(put(mText, value)) {}
 
-    // Not by std::to_chars: the phone's C++ library may lack it for floating point.
-    explicit NumberText(float value)
-        : mLength(static_cast<size_t>(
-                  snprintf(mText, sizeof(mText), "%f", static_cast<double>(value)))) {}
+    // As printf's %f. Not by std::to_chars, which the phone's C++ library may lack for floating
+    // point. The millionths of a float are exact in a double, so that rounding them once gives
+    // what printf gives.
+    explicit NumberText(float value) : mEnd(mText) {
+        const double millionths = std::fabs(static_cast<double>(value) * 1e6);
+        if (!(millionths < 1e18)) {  // NaN, too
+            mEnd += snprintf(mText, sizeof(mText), "%f", static_cast<double>(value));
+            return;
+        }
+        if (std::signbit(value)) {
+            *mEnd++ = '-';
+        }
+        const long long rounded = std::llrint(millionths);
+        char* point = put(mEnd, rounded / 1000000);
+        mEnd = put(point, 1000000 + rounded % 1000000);
+        *point = '.';  // in place of the digit that kept the zeros
+    }
 
-    std::string_view text() const { return {mText, mLength}; }
+    std::string_view text() const { return {mText, static_cast<size_t>(mEnd - mText)}; }
 
   private:
+    template <typename Integer>
+    char* put(char* begin, Integer value) {
+        return std::to_chars(begin, mText + sizeof(mText), value).ptr;
+    }
+
     char mText[64];  // the longest float has 47 characters
-    size_t mLength;
+    char* mEnd;
 };
 
 // Sends the report on one record. The texts are concatenated as they are: names that hold
@@ -45,7 +64,9 @@ class Report {
   public:
     // Keeps a reference: the record must outlive the report.
     explicit Report(const RequestRecord& record)
-        : mRecord(record), mId(record.frameInfo.imageName) {}
+        : mRecord(record), mId(record.frameInfo.imageName) {
+        mEvent.reserve(kUsualEventSize);
+    }
 
     void send();
 
@@ -56,12 +77,14 @@ class Report {
     void sendParam(const char* key, Number value);
     void sendEvent();
     void buildSubmitEvent();
-    void buildNodeEvent(const std::string& node, double time, char stage);
+    void beginNodeEvents(const std::string& node);
+    void buildNodeEvent(double time, const char* end);
 
     const RequestRecord& mRecord;
     const std::string mId;
-    std::string mEvent;  // the event being sent; one buffer for all
-    std::string mValue;  // the parameter value being sent
+    std::string mEvent;           // the event being sent; one buffer for all
+    size_t mNodeEventsBegin = 0;  // length of what the two events of a node have in common
+    std::string mValue;           // the parameter value being sent
 };
 
 // The pointer to the intent-aware object is read afresh before each call.
@@ -88,21 +111,24 @@ void Report::buildSubmitEvent() {
     mEvent += R"("}})";
 }
 
-void Report::buildNodeEvent(const std::string& node, double time, char stage) {
+void Report::beginNodeEvents(const std::string& node) {
     mEvent = R"({")";
     mEvent += node;
     mEvent += R"(":{"pipeline_name":")";
     mEvent += mId;
     mEvent += R"(","timestamp":")";
+    mNodeEventsBegin = mEvent.size();
+}
+
+void Report::buildNodeEvent(double time, const char* end) {
+    mEvent.resize(mNodeEventsBegin);
     mEvent += NumberText(truncateSaturated<int64_t>(time)).text();
     mEvent += R"(","cam_id":")";
     // Deliberate: unsigned and empty without a camera; the parameter is signed and -1 then.
     if (!mRecord.frameInfo.camIds.empty()) {
         mEvent += NumberText(mRecord.frameInfo.camIds.front()).text();
     }
-    mEvent += R"(","node_stage":")";
-    mEvent += stage;
-    mEvent += R"("}})";
+    mEvent += end;
 }
 
 void Report::sendParams() {
@@ -121,13 +147,14 @@ void Report::sendParams() {
 void Report::sendNodeEvents() {
     const SnapshotInfo::ZuAlgoInfo algo = mRecord.snapshotInfo.zuAlgoInfo;
     for (const auto& [node, startTime] : algo.algoTimeA) {
-        buildNodeEvent(node, startTime, '0');
+        beginNodeEvents(node);
+        buildNodeEvent(startTime, R"(","node_stage":"0"}})");
         INFOSYNC_LOGI(site::kStartEvent, "stime %s", mEvent.c_str());
         sendEvent();
 
         const auto completion = algo.algoTimeC.find(node);
         if (completion != algo.algoTimeC.end()) {
-            buildNodeEvent(node, completion->second, '2');
+            buildNodeEvent(completion->second, R"(","node_stage":"2"}})");
             INFOSYNC_LOGI(site::kCompletionEvent, "ctime %s", mEvent.c_str());
             sendEvent();
         }

@@ -4,6 +4,7 @@
 #include <string.h>
 #include <time.h>
 
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -248,7 +249,11 @@ void InfoSynchronizerManager::updateFrameInfo(std::string imageName, uint32_t fr
         frame.timestamp = std::move(timestamp);
         frame.frameExtra = frameExtra;
         frame.imageName = imageName;
-        frame.camIds.insert(frame.camIds.end(), camIds.begin(), camIds.end());
+        if (frame.camIds.empty()) {
+            frame.camIds = std::move(camIds);
+        } else {
+            frame.camIds.insert(frame.camIds.end(), camIds.begin(), camIds.end());
+        }
     }
     // Deliberate: two blanks around the name here and in the other "update" lines.
     INFOSYNC_LOGI(INFOSYNC_HERE("updateFrameInfo"), "update  image %s  frameinfo, queue size: %lu",
@@ -461,19 +466,19 @@ void InfoSynchronizerManager::updateSnapshotTimeInfo(std::string imageName,
 void InfoSynchronizerManager::updateNodeProcTime(std::string imageName, std::string nodeName,
                                                  double first, double second, double third) {
     RequestRecordQueue& queue = *mRequestRecordQueue;
+    auto visit = [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
+        SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
+        algo.algoTimeA[nodeName] = first;
+        algo.algoTimeB[nodeName] = second;
+        algo.algoTimeC[std::move(nodeName)] = third;
+        if (second == -1.0) {
+            markFailed(queue, *record, imageName, "node process time out");
+        }
+        return false;
+    };
     QueueGuard guard(queue);
-    queue.findByImageName(
-            imageName,
-            [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
-                SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
-                algo.algoTimeA[nodeName] = first;
-                algo.algoTimeB[nodeName] = second;
-                algo.algoTimeC[std::move(nodeName)] = third;
-                if (second == -1.0) {
-                    markFailed(queue, *record, imageName, "node process time out");
-                }
-                return false;
-            });
+    // By reference: a closure of this size would be moved to the heap.
+    queue.findByImageName(imageName, std::ref(visit));
     INFOSYNC_LOGI(site::kNodeProcTime, "update  image %s  NodeProcTime, queue size: %lu",
                   imageName.c_str(), countRecords(queue));
 }
@@ -485,17 +490,16 @@ void InfoSynchronizerManager::updateNodeProcState(std::string imageName, std::st
         return;
     }
     RequestRecordQueue& queue = *mRequestRecordQueue;
+    auto visit = [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
+        record->snapshotInfo.zuAlgoInfo.algoState[std::move(nodeName)] = text;
+        // Deliberate: a flushed task counts as an error like the others.
+        if (state != 0) {
+            markFailed(queue, *record, record->frameInfo.imageName, "node process error");
+        }
+        return false;
+    };
     QueueGuard guard(queue);
-    queue.findByImageName(
-            imageName,
-            [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
-                record->snapshotInfo.zuAlgoInfo.algoState[std::move(nodeName)] = text;
-                // Deliberate: a flushed task counts as an error like the others.
-                if (state != 0) {
-                    markFailed(queue, *record, imageName, "node process error");
-                }
-                return false;
-            });
+    queue.findByImageName(std::move(imageName), std::ref(visit));
 }
 
 void InfoSynchronizerManager::updateNodeProcState(std::string imageName,
