@@ -2,6 +2,7 @@
 // library with it, which read the environment while they are being loaded.
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -91,6 +92,18 @@ void setEnvironment(const CLI::App& app, const Settings& settings) {
     }
 }
 
+// Puts something in the place of standard streams that are closed: a file opened later would
+// take their number, and with it what is meant for them. Writing to it fails.
+void fillStandardStreams() {
+    int descriptor = -1;
+    do {
+        descriptor = open("/dev/null", O_RDONLY);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+}
+
 // The player lies beside the program in the build folder, and in a folder of its own once both
 // are installed. By a full path, since the loader would search where hostroot says.
 std::string playerPath() {
@@ -109,10 +122,8 @@ void* loadPlayer() {
     dup2(STDERR_FILENO, STDOUT_FILENO);
     void* player = dlopen(playerPath().c_str(), RTLD_NOW);
     std::cout.flush();
-    if (output >= 0) {
-        dup2(output, STDOUT_FILENO);
-        close(output);
-    }
+    dup2(output, STDOUT_FILENO);
+    close(output);
     return player;
 }
 
@@ -130,6 +141,7 @@ int play(const ReplayOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    fillStandardStreams();
     CLI::App app("Plays a capture log through the library and shows what the service received.",
                  "infosync-replay");
     Settings settings;

@@ -1,0 +1,93 @@
+# Runs TOOL in a fresh folder WORK that holds copies of the logs, and compares.
+#
+# EXPECT is a list of:  ARGS arg...          the tool's arguments
+#   STATUS n            exit status; 0 by default
+#   STDIN log           standard input
+#   STDOUT file         what standard output must be, to the byte; a file in expected/
+#   JSON file           what calls.jsonl must be
+#   NO_JSON             there must be no calls.jsonl
+#   STDERR_FILE file    what standard error must be, but for the library's first line
+#   STDERR pattern, STDOUT_MATCHES pattern
+#   LONG_LOG, THREADS_LOG                    logs that are made here
+#   INSTALLED_FROM build INSTALLED_TO bindir installs the build folder and runs that program
+
+cmake_minimum_required(VERSION 3.24)
+cmake_parse_arguments(T "NO_JSON;LONG_LOG;THREADS_LOG"
+    "STATUS;STDIN;STDOUT;JSON;STDERR_FILE;STDERR;STDOUT_MATCHES;INSTALLED_FROM;INSTALLED_TO"
+    "ARGS" ${EXPECT})
+if(T_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "not understood: ${T_UNPARSED_ARGUMENTS}")
+endif()
+if(NOT DEFINED T_STATUS)
+    set(T_STATUS 0)
+endif()
+
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK})
+file(GLOB logs ${PROJECT}/scenarios/*.jsonl ${CMAKE_CURRENT_LIST_DIR}/logs/*.jsonl)
+file(COPY ${logs} DESTINATION ${WORK})
+if(T_LONG_LOG)
+    string(REPEAT "[" 67108864 line)
+    file(WRITE ${WORK}/long.jsonl "${line}\n\n{}\n")
+endif()
+if(T_THREADS_LOG)
+    foreach(number RANGE 1 80)
+        file(APPEND ${WORK}/threads.jsonl
+            "{\"call\":\"updateAnchorFrame\",\"image\":\"A\",\"anchorFrame\":1,\"thread\":\"${number}\"}\n")
+    endforeach()
+endif()
+if(DEFINED T_INSTALLED_FROM)
+    # Links what is installed with its run path.
+    execute_process(COMMAND ${CMAKE_COMMAND} --build ${T_INSTALLED_FROM} --target preinstall
+        COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+    execute_process(COMMAND ${CMAKE_COMMAND} --install ${T_INSTALLED_FROM} --prefix ${WORK}/prefix
+        COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+    list(POP_BACK TOOL)
+    list(APPEND TOOL ${WORK}/prefix/${T_INSTALLED_TO}/infosync-replay)
+endif()
+if(DEFINED T_STDIN)
+    set(stdin INPUT_FILE ${WORK}/${T_STDIN})
+endif()
+
+list(REMOVE_ITEM TOOL "")
+execute_process(COMMAND ${TOOL} ${T_ARGS} WORKING_DIRECTORY ${WORK} ${stdin}
+    OUTPUT_FILE ${WORK}/stdout ERROR_FILE ${WORK}/stderr RESULT_VARIABLE status)
+if(NOT status STREQUAL T_STATUS)
+    message(SEND_ERROR "exit status ${status} instead of ${T_STATUS}")
+endif()
+
+function(compare actual expected)
+    execute_process(COMMAND diff -u ${CMAKE_CURRENT_LIST_DIR}/expected/${expected} ${actual}
+        RESULT_VARIABLE difference)
+    if(NOT difference EQUAL 0)
+        message(SEND_ERROR "${actual} is not as expected")
+    endif()
+endfunction()
+
+function(match actual pattern)
+    file(READ ${actual} text)
+    if(NOT text MATCHES "${pattern}")
+        message(SEND_ERROR "no match of '${pattern}' in:\n${text}")
+    endif()
+endfunction()
+
+if(DEFINED T_STDOUT)
+    compare(${WORK}/stdout ${T_STDOUT})
+endif()
+if(DEFINED T_STDOUT_MATCHES)
+    match(${WORK}/stdout "${T_STDOUT_MATCHES}")
+endif()
+if(DEFINED T_JSON)
+    compare(${WORK}/calls.jsonl ${T_JSON})
+endif()
+if(T_NO_JSON AND EXISTS ${WORK}/calls.jsonl)
+    message(SEND_ERROR "calls.jsonl was written")
+endif()
+if(DEFINED T_STDERR_FILE)
+    execute_process(COMMAND sed "/^features_mgr_handle = /d" ${WORK}/stderr
+        OUTPUT_FILE ${WORK}/stderr.checked COMMAND_ERROR_IS_FATAL ANY)
+    compare(${WORK}/stderr.checked ${T_STDERR_FILE})
+endif()
+if(DEFINED T_STDERR)
+    match(${WORK}/stderr "${T_STDERR}")
+endif()
