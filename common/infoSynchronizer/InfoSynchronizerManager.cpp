@@ -275,8 +275,9 @@ void InfoSynchronizerManager::updateRequestInfo(std::string imageName, int32_t r
     info.reqValueB = reqValueB;
     info.reqFlag = reqFlag;
     info.reqValue64 = reqValue64;
-    info.reqIdsA = std::move(reqIdsA);
-    info.expectedResultIds = std::move(expectedResultIds);
+    // Swapped, here and below: the old content is destroyed with the argument, after the lock.
+    info.reqIdsA.swap(reqIdsA);
+    info.expectedResultIds.swap(expectedResultIds);
 }
 
 void InfoSynchronizerManager::updateUIInfo(std::string imageName, RequestType requestType,
@@ -359,7 +360,7 @@ void InfoSynchronizerManager::updateVndResultInfo(std::string imageName,
     if (record == nullptr) {
         return;
     }
-    record->snapshotInfo.vendorResultInfo = std::move(info);
+    record->snapshotInfo.vendorResultInfo.swap(info);
 }
 
 void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
@@ -368,12 +369,13 @@ void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
     mRequestRecordQueue->findByImageName(
             imageName, [&algoList](const std::shared_ptr<RequestRecord>& record) {
                 SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
-                algo.algoList = std::move(algoList);
+                algo.algoList.swap(algoList);
                 for (const std::string& entry : algo.algoList) {
                     std::string key = entry.substr(0, entry.find(':'));
-                    algo.algoTimeA.try_emplace(key, 0.0);
-                    algo.algoTimeB.try_emplace(key, 0.0);
-                    algo.algoState.try_emplace(std::move(key), "none");
+                    // Each only if the key is new. The usual list is new and sorted.
+                    algo.algoTimeA.emplace_hint(algo.algoTimeA.end(), key, 0.0);
+                    algo.algoTimeB.emplace_hint(algo.algoTimeB.end(), key, 0.0);
+                    algo.algoState.emplace_hint(algo.algoState.end(), std::move(key), "none");
                 }
                 return false;
             });
@@ -390,7 +392,7 @@ void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
     if (record == nullptr) {
         return;
     }
-    record->snapshotInfo.zuAlgoInfo = std::move(info);
+    std::swap(record->snapshotInfo.zuAlgoInfo, info);
 }
 
 void InfoSynchronizerManager::updateSnapshotErrorInfo(std::string imageName, const char* text) {
@@ -412,7 +414,6 @@ void InfoSynchronizerManager::updateSnapshotErrorInfo(std::string imageName, con
 
 void InfoSynchronizerManager::updatePostProcInfo(std::map<std::string, uint32_t> info) {
     QueueGuard guard(*mRequestRecordQueue);
-    // The old map leaves in the argument, and is destroyed after the lock.
     mRequestRecordQueue->postProcInfo.swap(info);
 }
 
