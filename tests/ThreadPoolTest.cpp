@@ -1,0 +1,157 @@
+// The pool of background threads. Waiting is by promises only.
+
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <future>
+#include <set>
+#include <system_error>
+
+#include "Doubles.h"
+#include "ThreadPool.h"
+
+namespace camInfosync {
+namespace {
+
+// The calling thread's name, nice value and task profiles.
+std::string facts() {
+    char name[16] = "";
+    pthread_getname_np(pthread_self(), name, sizeof(name));
+    return std::string(name) + " " + std::to_string(getpriority(PRIO_PROCESS, 0)) + " " +
+           doubles::profiles;
+}
+
+// A task that tells the facts of its worker and keeps it until it is released.
+class Blocker {
+  public:
+    explicit Blocker(ThreadPool& pool) {
+        pool.enqueue([state = mState] {
+            state->told.set_value(facts());
+            state->released.get_future().wait();
+        });
+    }
+    std::string started() { return mState->told.get_future().get(); }
+    void release() { mState->released.set_value(); }
+
+  private:
+    struct State {
+        std::promise<std::string> told;
+        std::promise<void> released;
+    };
+    const std::shared_ptr<State> mState = std::make_shared<State>();
+};
+
+std::string askWorker(ThreadPool& pool) {
+    Blocker blocker(pool);
+    blocker.release();
+    return blocker.started();
+}
+
+void enqueueIdle(ThreadPool& pool, int count) {
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(pool.enqueue([] {}), 0);
+    }
+}
+
+class Pool : public doubles::Test {};
+
+TEST_F(Pool, WorkersAreNamedAndRunInTheBackground) {
+    ThreadPool pool(3, 7);
+    Blocker blockers[] = {Blocker(pool), Blocker(pool), Blocker(pool)};
+    std::set<std::string> workers;
+    for (Blocker& blocker : blockers) {
+        workers.insert(blocker.started());
+    }
+    doubles::note("workers", workers);
+    for (Blocker& blocker : blockers) {
+        blocker.release();
+    }
+}
+
+TEST_F(Pool, NewPriorityIsAppliedBeforeTheNextTask) {
+    ThreadPool pool(1, 10);
+    doubles::note(askWorker(pool));
+    pool.setThreadPoolPriority(19);
+    doubles::note(askWorker(pool));
+}
+
+TEST_F(Pool, RunsTasksInOrderAndDrainsThemBeforeItsEnd) {
+    ThreadPool pool(1, 0);
+    Blocker blocker(pool);
+    for (int i = 0; i < 5; ++i) {
+        pool.enqueue([i] { doubles::note("task", i); });
+    }
+    doubles::note("released");
+    blocker.release();
+}
+
+TEST_F(Pool, RefusesTasksOnceItStops) {
+    int pending = 0;
+    {
+        ThreadPool pool(1, 0);
+        pool.enqueue([&] {
+            // Until the destructor, which runs meanwhile, has stopped the pool.
+            while (pool.enqueue([&pending] { --pending; }) == 0) {
+                ++pending;
+            }
+            EXPECT_EQ(pool.enqueue([&pending] { --pending; }), -1);
+        });
+    }
+    EXPECT_EQ(pending, 0);
+    doubles::takeJournal();  // how often it warned is chance
+}
+
+TEST_F(Pool, WithoutWorkersDropsItsTasks) {
+    const auto task = std::make_shared<int>();
+    ThreadPool(0, 0).enqueue([task] { ++*task; });
+    EXPECT_EQ(*task, 0);
+    EXPECT_EQ(task.use_count(), 1);
+}
+
+TEST_F(Pool, WarnsWhileTenCallsInARowFoundNoTaskTaken) {
+    ThreadPool pool(1, 0);
+    Blocker first(pool);
+    first.started();
+    Blocker second(pool);
+    enqueueIdle(pool, 8);
+    doubles::note("the tenth and the eleventh:");
+    enqueueIdle(pool, 2);
+    first.release();
+    second.started();
+    // That marked the newest position; by the one of the task taken, two calls would be missing.
+    enqueueIdle(pool, 9);
+    doubles::note("the tenth:");
+    enqueueIdle(pool, 1);
+    second.release();
+}
+
+TEST_F(Pool, TasksMayQueueTasksAlsoWhileTheyAreDestroyed) {
+    std::promise<int> queued;
+    std::promise<int> destroyed;
+    ThreadPool pool(1, 0);
+    std::shared_ptr<void> last(nullptr, [&](void*) { destroyed.set_value(pool.enqueue([] {})); });
+    pool.enqueue([&, owner = std::move(last)] { queued.set_value(pool.enqueue([] {})); });
+    EXPECT_EQ(queued.get_future().get(), 0);
+    EXPECT_EQ(destroyed.get_future().get(), 0);
+}
+
+TEST_F(Pool, FailedThreadStopsAndJoinsTheOthers) {
+    for (int started = 0; started < 3; ++started) {
+        doubles::threadsLeft = started;
+        try {
+            const ThreadPool pool(3, 0);
+            ADD_FAILURE() << "no exception";
+        } catch (const std::system_error& error) {
+            EXPECT_EQ(std::string(error.what()).rfind("thread constructor failed", 0), 0U);
+            EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
+        }
+    }
+    doubles::threadsLeft = 1;
+    ThreadPool pool(1, 0);
+    EXPECT_THROW(pool.addThread(), std::system_error);
+    doubles::note(askWorker(pool));  // the pool is as before
+}
+
+}  // namespace
+}  // namespace camInfosync

@@ -1,0 +1,294 @@
+#include "Doubles.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <utility>
+
+#include <android/log.h>
+#include <cutils/properties.h>
+#include <processgroup/processgroup.h>
+#include <zudebug/Log.h>
+
+#include "ServiceBase.h"
+
+namespace doubles {
+
+std::function<std::string(std::string& key)> onQuery;
+std::function<void()> onCall;
+std::atomic<int> threadsLeft{-1};
+std::atomic<int> clockReads{0};
+thread_local std::string profiles;
+
+}  // namespace doubles
+
+namespace {
+
+// The library logs before main: this must exist by the first use.
+struct State {
+    std::mutex mutex;
+    std::vector<std::string> journal;
+};
+State& state() {
+    static auto& state = *new State;
+    return state;
+}
+
+// Constant-initialised, like those above: the C library's own start reaches them.
+std::atomic<bool> clockStopped{false};
+timespec clockTime{};
+std::atomic<pthread_mutex_t*> countedMutex{nullptr};
+std::atomic<int> lockCount{0};
+
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
+    char text[1024];
+    vsnprintf(text, sizeof(text), format, arguments);
+    return text;
+}
+
+void replace(std::string& text, size_t position, size_t length, const char* by) {
+    if (position < text.size()) {
+        text.replace(position, length, by);
+    }
+}
+
+// A text, of which a failed comparison shows the difference by lines.
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) {
+        text += line + "\n";
+    }
+    return text;
+}
+
+// The lines under "## name", up to a blank one.
+std::vector<std::string> expectedLines(const std::string& suite, const std::string& name) {
+    std::ifstream file(EXPECTED "/" + suite + ".txt");
+    std::string line;
+    while (std::getline(file, line) && line != "## " + name) {
+    }
+    EXPECT_TRUE(file.good()) << "nothing is expected of " << suite << "." << name;
+    std::vector<std::string> lines;
+    while (std::getline(file, line) && !line.empty()) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+class Service final : public ServiceBase {
+  public:
+    void setParam(const std::string& id, const std::string& key,
+                  const std::string& value) override {
+        called("setParam(" + id + ", " + key + ", " + value + ")");
+    }
+    void reportEvent(const std::string& id, const std::string& event) override {
+        called("reportEvent(" + id + ", " + event + ")");
+    }
+    void finishReport(std::string id, int32_t first, int32_t second) override {
+        const std::string integers = std::to_string(first) + ", " + std::to_string(second);
+        called("finishReport(" + id + ", " + integers + ")");
+    }
+    std::string queryValue(std::string key) override {
+        doubles::note("queryValue(" + key + ")");
+        return doubles::onQuery ? doubles::onQuery(key) : "enabled";
+    }
+
+  private:
+    static void called(const std::string& call) {
+        doubles::note(call);
+        if (doubles::onCall) {
+            doubles::onCall();
+        }
+    }
+};
+
+class Instance final : public OverlapInstance {
+  public:
+    void start() override { doubles::note("start"); }
+    void* getObject(const char* name, int option) override {
+        doubles::note("getObject " + std::string(name), option);
+        return doubles::service();
+    }
+
+  private:
+    void reserved1() override {}
+    void reserved2() override {}
+    void reserved4() override {}
+};
+
+}  // namespace
+
+namespace doubles {
+
+Test::Test() {
+    onQuery = nullptr;
+    onCall = nullptr;
+    threadsLeft = -1;
+    clockStopped = false;
+    zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
+    zudebug::gZuCamLogGroup = 64;
+    zudebug::gZuCamDebugMask = 1;
+    takeJournal();
+}
+
+void Test::TearDown() {
+    const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+    const char* setting = getenv("TEST_SETTING");  // of tests that run once per setting
+    const std::string name = info->name() + std::string(setting != nullptr ? setting : "");
+    const std::vector<std::string> expected = expectedLines(info->test_suite_name(), name);
+    std::vector<std::string> actual = takeJournal();
+    const std::string address = testing::PrintToString(static_cast<void*>(service()));
+    for (size_t i = 0; i < std::min(expected.size(), actual.size()); ++i) {
+        replace(actual[i], actual[i].find(address), address.size(), "SERVICE");
+        if (expected[i].find(".cpp:* ") != std::string::npos) {
+            const size_t number = actual[i].find(".cpp:") + 5;
+            replace(actual[i], number, actual[i].find(' ', number) - number, "*");
+        }
+    }
+    EXPECT_EQ(joined(actual), joined(expected));
+}
+
+void note(const std::string& line) {
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().journal.push_back(line);
+    if (getenv("TEST_ECHO") != nullptr) {
+        puts(line.c_str());
+    }
+}
+
+std::vector<std::string> takeJournal() {
+    std::lock_guard<std::mutex> lock(state().mutex);
+    return std::exchange(state().journal, {});
+}
+
+IntentAwareSys* service() {
+    static Service service;
+    return &service;
+}
+
+void stopClock(int64_t seconds, int64_t nanoseconds) {
+    clockTime = {seconds, nanoseconds};
+    clockReads = 0;
+    clockStopped = true;
+}
+
+int locksOf(std::mutex& mutex, const std::function<void()>& run) {
+    lockCount = 0;
+    countedMutex = mutex.native_handle();
+    run();
+    countedMutex = nullptr;
+    return lockCount;
+}
+
+}  // namespace doubles
+
+// From here on, the definitions that the library binds to.
+
+namespace zudebug {
+
+const char* Log::zuaGroupToString(uint32_t group) {
+    return group == 64 ? "group64" : "group?";
+}
+
+const char* Log::getFileName(const char* path) {
+    return strrchr(path, '/') + 1;
+}
+
+void Log::logSystem(uint32_t group, const char* level, const char* fileName,
+                    const char* functionName, int32_t line, const char* message, ...) {
+    va_list arguments;
+    va_start(arguments, message);
+    const std::string text = std::string(zuaGroupToString(group)) + " " + fileName + ":" +
+                             std::to_string(line) + " " + functionName + "()" +
+                             formatted(message, arguments);
+    va_end(arguments);
+    std::unique_lock<std::mutex> lock(state().mutex);
+    // One line with the Android log's if that one, just before, is alike but for its tag.
+    const std::string twin = *level == 'I' ? "android 4" : "android 5";
+    const std::string last = state().journal.empty() ? "" : state().journal.back();
+    if (last.rfind(twin, 0) == 0 && last.size() > text.size() &&
+        last.substr(last.size() - text.size()) == text) {
+        state().journal.back() = level + last.substr(twin.size());
+        return;
+    }
+    lock.unlock();
+    doubles::note("system " + std::string(level) + " " + text);
+}
+
+}  // namespace zudebug
+
+extern "C" {
+
+int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    doubles::note("android " + std::to_string(priority) + " " + tag + " " +
+                  formatted(format, arguments));
+    va_end(arguments);
+    return 1;
+}
+
+// Called by the overlap library of these tests.
+void* testOverlapInstance(const unsigned char* options) {
+    doubles::note("options", std::vector<int>(options, options + 13));
+    static Instance instance;
+    return static_cast<OverlapInstance*>(&instance);
+}
+
+// The sanitizers' own wrappers, which must see threads and locks too.
+__attribute__((weak)) decltype(pthread_create) __interceptor_pthread_create;
+__attribute__((weak)) decltype(pthread_mutex_lock) __interceptor_pthread_mutex_lock;
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
+                   void* argument) noexcept {
+    if (doubles::threadsLeft == 0) {
+        return EAGAIN;
+    }
+    doubles::threadsLeft -= doubles::threadsLeft > 0 ? 1 : 0;
+    static auto* const real =
+            __interceptor_pthread_create != nullptr
+                    ? __interceptor_pthread_create
+                    : reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, __func__));
+    return real(thread, attributes, run, argument);
+}
+
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+    lockCount += mutex == countedMutex ? 1 : 0;
+    static std::atomic<int (*)(pthread_mutex_t*)> real{__interceptor_pthread_mutex_lock};
+    if (real == nullptr) {
+        real = reinterpret_cast<int (*)(pthread_mutex_t*)>(dlsym(RTLD_NEXT, __func__));
+    }
+    return real.load()(mutex);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+    if (!clockStopped || clock != CLOCK_MONOTONIC) {
+        return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+    }
+    ++doubles::clockReads;
+    *time = clockTime;
+    return 0;
+}
+
+}  // extern "C"
+
+int8_t property_get_bool(const char* key, int8_t default_value) {
+    doubles::note("property " + std::string(key), static_cast<int>(default_value));
+    const char* value = getenv(key + strlen("persist.vendor.camera."));
+    return value != nullptr ? static_cast<int8_t>(atoi(value)) : default_value;
+}
+
+bool SetTaskProfiles(pid_t tid, const std::vector<std::string>& profiles, bool use_fd_cache) {
+    doubles::profiles = testing::PrintToString(profiles);
+    EXPECT_EQ(tid, gettid());
+    EXPECT_TRUE(use_fd_cache);
+    return true;
+}
