@@ -8,8 +8,11 @@ set(package ${CMAKE_INSTALL_LIBDIR}/cmake/caminfosync)
 # The same way from the stand-ins to the host root as in the build folder.
 set(desk ${CMAKE_INSTALL_LIBDIR}/caminfosync)
 
+# One run path for both places: an edited one could be left with an empty entry, which the
+# loader takes for the working directory.
 set_target_properties(caminfosync PROPERTIES
-    INSTALL_RPATH "$ORIGIN/caminfosync/platform/host"
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN/platform/host;$ORIGIN/caminfosync/platform/host"
     INSTALL_RPATH_USE_LINK_PATH ON)
 install(TARGETS caminfosync EXPORT caminfosync
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

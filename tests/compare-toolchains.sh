@@ -16,7 +16,7 @@ play() {
     case $scenario in *switched-off*)
         options=(--property persist.vendor.camera.camquill.supported=false) ;;
     esac
-    INFOSYNC_DEBUG_MASK=1 "$@" "${options[@]}" --log-level 2 --json "$output.jsonl" "$scenario" \
+    INFOSYNC_DEBUG_MASK=1 "$@" "${options[@]}" --log-level debug --json "$output.jsonl" "$scenario" \
         >"$output.txt" 2>"$output.err"
     sed -E 's/^([^ ]+ [VDIWEF]) [0-9-]+ [0-9:]+ +[0-9]+ +[0-9]+ /\1 /
             s/(mIntentAwareImpl is|features_mgr_handle =) .*/\1 ADDRESS/' "$output.err" |

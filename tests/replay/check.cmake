@@ -37,9 +37,6 @@ if(T_THREADS_LOG)
     endforeach()
 endif()
 if(DEFINED T_INSTALLED_FROM)
-    # Links what is installed with its run path.
-    execute_process(COMMAND ${CMAKE_COMMAND} --build ${T_INSTALLED_FROM} --target preinstall
-        COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
     execute_process(COMMAND ${CMAKE_COMMAND} --install ${T_INSTALLED_FROM} --prefix ${WORK}/prefix
         COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
     list(POP_BACK TOOL)
