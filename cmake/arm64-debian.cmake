@@ -8,11 +8,13 @@ if(NOT EXISTS ${CMAKE_SYSROOT}/.complete)
     message(FATAL_ERROR "no arm64 libraries; run: cmake/arm64-sysroot.sh build/arm64-sysroot")
 endif()
 
+set(CMAKE_C_COMPILER clang)  # GoogleTest asks for one
+set(CMAKE_C_COMPILER_TARGET aarch64-linux-gnu)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-gnu)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 # The sysroot's own C++ headers, also where the desk has libc++ installed as well.
-add_compile_options(-nostdinc++)
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-nostdinc++>)
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES ${CMAKE_SYSROOT}/usr/lib/llvm-14/include/c++/v1)
 foreach(kind IN ITEMS EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -stdlib=libc++")

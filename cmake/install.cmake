@@ -8,12 +8,17 @@ set(package ${CMAKE_INSTALL_LIBDIR}/cmake/caminfosync)
 # The same way from the stand-ins to the host root as in the build folder.
 set(desk ${CMAKE_INSTALL_LIBDIR}/caminfosync)
 
+# Debian keeps liblog where the loader does not look.
+cmake_path(GET ANDROID_LOG_LIBRARY PARENT_PATH liblog_folder)
+if(CMAKE_SYSROOT)
+    file(RELATIVE_PATH liblog_folder ${CMAKE_SYSROOT} ${liblog_folder})
+    string(PREPEND liblog_folder /)
+endif()
 # One run path for both places: an edited one could be left with an empty entry, which the
 # loader takes for the working directory.
 set_target_properties(caminfosync PROPERTIES
     BUILD_WITH_INSTALL_RPATH ON
-    INSTALL_RPATH "$ORIGIN/platform/host;$ORIGIN/caminfosync/platform/host"
-    INSTALL_RPATH_USE_LINK_PATH ON)
+    INSTALL_RPATH "$ORIGIN/platform/host;$ORIGIN/caminfosync/platform/host;${liblog_folder}")
 install(TARGETS caminfosync EXPORT caminfosync
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${headers})
