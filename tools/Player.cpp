@@ -48,6 +48,7 @@ class StepReader {
         if (!mLog.next(mLine)) {
             return false;
         }
+        step = {};
         mErrors.clear();
         if (mLog.lineIsTooLong()) {
             mErrors.push_back({"line", "is longer than " + std::to_string(LogFile::kLongestLine)});
@@ -130,48 +131,72 @@ struct Counts {
     uint64_t flushes = 0;
 };
 
-// Plays the log once. Returns when all threads are done.
-void playRound(StepReader& reader, ServiceReport& report, Progress& progress, uint64_t doneBefore,
-               NamedThreads& threads, Counts& counts) {
-    InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
-    for (CaptureStep step; reader.next(step);) {
-        if (!reader.errors().empty()) {
-            throw std::runtime_error(reader.place() + ": the log has changed since it was checked");
-        }
-        progress.show(doneBefore + reader.log().position());
-        if (step.kind == CaptureStep::Kind::kBarrier) {
-            threads.wait();
-        } else if (step.kind == CaptureStep::Kind::kSleep) {
-            std::this_thread::sleep_for(step.sleep);
-        } else if (step.kind == CaptureStep::Kind::kCall) {
-            counts.calls += 1;
-            counts.flushes += step.isFlush ? 1 : 0;
-            auto call = [&manager, &report, isFlush = step.isFlush, run = std::move(step.run)] {
-                run(manager);
-                if (isFlush) {
-                    report.drain(manager);
-                }
-            };
-            if (step.thread.empty()) {
-                call();
-            } else {
-                threads.post(step.thread, reader.lineSize(), std::move(call));
-            }
-        }
-    }
-    threads.wait();
-}
+// Plays a checked log through the library.
+class Player {
+  public:
+    Player(StepReader& reader, ServiceReport& report, Progress& progress)
+        : mReader(reader), mReport(report), mProgress(progress) {}
 
-Counts play(StepReader& reader, const ReplayOptions& options, ServiceReport& report,
-            Progress& progress) {
-    Counts counts;
-    NamedThreads threads;
-    for (uint32_t round = 1; round <= options.repeat; ++round) {
-        reader.restart(round == 1 ? std::string() : '#' + std::to_string(round));
-        playRound(reader, report, progress, round * reader.log().size(), threads, counts);
+    // Returns when all threads are done.
+    Counts play(uint32_t rounds) {
+        for (uint32_t round = 1; round <= rounds; ++round) {
+            mReader.restart(round == 1 ? std::string() : '#' + std::to_string(round));
+            playRound(round * mReader.log().size());
+        }
+        return mCounts;
     }
-    return counts;
-}
+
+  private:
+    void playRound(uint64_t doneBefore) {
+        for (CaptureStep step; mReader.next(step);) {
+            if (!mReader.errors().empty()) {
+                throw std::runtime_error(mReader.place() + ": has changed since it was checked");
+            }
+            mProgress.show(doneBefore + mReader.log().position());
+            take(std::move(step));
+        }
+        mThreads.wait();
+    }
+
+    void take(CaptureStep step) {
+        switch (step.kind) {
+            case CaptureStep::Kind::kNothing:
+                break;
+            case CaptureStep::Kind::kBarrier:
+                mThreads.wait();
+                break;
+            case CaptureStep::Kind::kSleep:
+                std::this_thread::sleep_for(step.sleep);
+                break;
+            case CaptureStep::Kind::kCall:
+                call(std::move(step));
+                break;
+        }
+    }
+
+    void call(CaptureStep step) {
+        mCounts.calls += 1;
+        mCounts.flushes += step.isFlush ? 1 : 0;
+        auto task = [this, isFlush = step.isFlush, run = std::move(step.run)] {
+            run(mManager);
+            if (isFlush) {
+                mReport.drain(mManager);
+            }
+        };
+        if (step.thread.empty()) {
+            task();
+        } else {
+            mThreads.post(step.thread, mReader.lineSize(), std::move(task));
+        }
+    }
+
+    InfoSynchronizerManager& mManager = InfoSynchronizerManager::getInstance();
+    StepReader& mReader;
+    ServiceReport& mReport;
+    Progress& mProgress;
+    Counts mCounts;
+    NamedThreads mThreads;
+};
 
 // Asked once before the log is played: the executor's first question must not overlap another.
 std::string askSwitch() {
@@ -251,7 +276,7 @@ int playInto(StepReader& reader, const ReplayOptions& options, std::FILE* json,
     std::FILE* readable = options.quiet || json == stdout ? nullptr : stdout;
     ServiceReport report(findService(), json, readable);
     const std::string answer = askSwitch();
-    const Counts counts = play(reader, options, report, progress);
+    const Counts counts = Player(reader, report, progress).play(options.repeat);
     if (readable != nullptr) {
         std::fputs(totals(counts, report, answer).c_str(), readable);
     }

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -18,6 +19,7 @@
 
 namespace {
 
+constexpr int kFailed = 1;
 constexpr int kUnusable = 2;
 
 struct Settings {
@@ -133,15 +135,12 @@ int play(const ReplayOptions& options) {
                                     : nullptr;
     if (entry == nullptr) {
         std::fprintf(stderr, "infosync-replay: cannot load the player: %s\n", dlerror());
-        return 1;
+        return kFailed;
     }
     return entry(&options);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    fillStandardStreams();
+int run(int argc, char** argv) {
     CLI::App app("Plays a capture log through the library and shows what the service received.",
                  "infosync-replay");
     Settings settings;
@@ -153,4 +152,16 @@ int main(int argc, char** argv) {
     }
     setEnvironment(app, settings);
     return play(settings.replay);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    fillStandardStreams();
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "infosync-replay: %s\n", error.what());
+        return kFailed;
+    }
 }

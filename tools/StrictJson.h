@@ -1,0 +1,17 @@
+// JSON as a capture log takes it: objects that are not deep and have no name twice.
+
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "CaptureLog.h"
+
+namespace replay {
+
+// The object that `text` is; null after something was added to `errors`.
+nlohmann::json parseObject(std::string_view text, std::vector<LineError>& errors);
+
+}  // namespace replay
