@@ -77,14 +77,15 @@ class Report {
     void sendParam(const char* key, Number value);
     void sendEvent();
     void buildSubmitEvent();
-    void beginNodeEvents(const std::string& node);
-    void buildNodeEvent(double time, const char* end);
+    void buildStartEvent(const std::string& node, double time);
+    void turnIntoCompletionEvent(double time);
 
     const RequestRecord& mRecord;
     const std::string mId;
-    std::string mEvent;           // the event being sent; one buffer for all
-    size_t mNodeEventsBegin = 0;  // length of what the two events of a node have in common
-    std::string mValue;           // the parameter value being sent
+    std::string mEvent;     // the event being sent; one buffer for all
+    size_t mTimeBegin = 0;  // where the time lies in a start event
+    size_t mTimeEnd = 0;
+    std::string mValue;  // the parameter value being sent
 };
 
 // The pointer to the intent-aware object is read afresh before each call.
@@ -111,24 +112,28 @@ void Report::buildSubmitEvent() {
     mEvent += R"("}})";
 }
 
-void Report::beginNodeEvents(const std::string& node) {
+void Report::buildStartEvent(const std::string& node, double time) {
     mEvent = R"({")";
     mEvent += node;
     mEvent += R"(":{"pipeline_name":")";
     mEvent += mId;
     mEvent += R"(","timestamp":")";
-    mNodeEventsBegin = mEvent.size();
-}
-
-void Report::buildNodeEvent(double time, const char* end) {
-    mEvent.resize(mNodeEventsBegin);
+    mTimeBegin = mEvent.size();
     mEvent += NumberText(truncateSaturated<int64_t>(time)).text();
+    mTimeEnd = mEvent.size();
     mEvent += R"(","cam_id":")";
     // Deliberate: unsigned and empty without a camera; the parameter is signed and -1 then.
     if (!mRecord.frameInfo.camIds.empty()) {
         mEvent += NumberText(mRecord.frameInfo.camIds.front()).text();
     }
-    mEvent += end;
+    mEvent += R"(","node_stage":"0"}})";
+}
+
+// The two events of a node differ in the time and in the stage only.
+void Report::turnIntoCompletionEvent(double time) {
+    mEvent[mEvent.size() - sizeof(R"("}})")] = '2';  // the character before the closing ones
+    mEvent.replace(mTimeBegin, mTimeEnd - mTimeBegin,
+                   NumberText(truncateSaturated<int64_t>(time)).text());
 }
 
 void Report::sendParams() {
@@ -147,14 +152,13 @@ void Report::sendParams() {
 void Report::sendNodeEvents() {
     const SnapshotInfo::ZuAlgoInfo algo = mRecord.snapshotInfo.zuAlgoInfo;
     for (const auto& [node, startTime] : algo.algoTimeA) {
-        beginNodeEvents(node);
-        buildNodeEvent(startTime, R"(","node_stage":"0"}})");
+        buildStartEvent(node, startTime);
         INFOSYNC_LOGI(site::kStartEvent, "stime %s", mEvent.c_str());
         sendEvent();
 
         const auto completion = algo.algoTimeC.find(node);
         if (completion != algo.algoTimeC.end()) {
-            buildNodeEvent(completion->second, R"(","node_stage":"2"}})");
+            turnIntoCompletionEvent(completion->second);
             INFOSYNC_LOGI(site::kCompletionEvent, "ctime %s", mEvent.c_str());
             sendEvent();
         }

@@ -132,6 +132,17 @@ void storeStage(std::map<std::string, int64_t>& timeInfo, uint32_t stage, int32_
     }
 }
 
+// Gives `key` its starting value if it is new. Looks at the end first: nodes are usually listed
+// in the order of their names.
+template <typename Value, typename Key, typename Start>
+void seed(std::map<std::string, Value>& values, Key&& key, Start start) {
+    if (values.empty() || values.rbegin()->first < key) {
+        values.emplace_hint(values.end(), std::forward<Key>(key), start);
+    } else {
+        values.try_emplace(std::forward<Key>(key), start);
+    }
+}
+
 // What decides whether a snapshot operation does anything.
 struct CollectionSwitch {
     const char* cmdVal;  // the executor's; valid until it is asked again
@@ -372,10 +383,9 @@ void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
                 algo.algoList.swap(algoList);
                 for (const std::string& entry : algo.algoList) {
                     std::string key = entry.substr(0, entry.find(':'));
-                    // Each only if the key is new. The usual list is new and sorted.
-                    algo.algoTimeA.emplace_hint(algo.algoTimeA.end(), key, 0.0);
-                    algo.algoTimeB.emplace_hint(algo.algoTimeB.end(), key, 0.0);
-                    algo.algoState.emplace_hint(algo.algoState.end(), std::move(key), "none");
+                    seed(algo.algoTimeA, key, 0.0);
+                    seed(algo.algoTimeB, key, 0.0);
+                    seed(algo.algoState, std::move(key), "none");
                 }
                 return false;
             });
