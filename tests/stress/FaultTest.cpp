@@ -287,19 +287,24 @@ TEST_F(Fault, TextsAreNeverInterpreted) {
         manager().snapshotRequestInfoFlush(text, INFO_SYNC_TYPE_COLLECT);
         zudebug::gZuCamDebugMask = 0;
         const std::string log = testing::internal::GetCapturedStderr();
-        const std::string submit = "{ \"submit-request\":{\"pipeline_name\":\"" + text +
-                                   "\",\"timestamp\":\"" + text + "\"}}";
+        std::string frame = "\":{\"pipeline_name\":\"";
+        frame += text;
+        frame += "\",\"timestamp\":\"";
+        std::string submit = "{ \"submit-request";
+        submit += frame;
+        submit += text;
+        submit += "\"}}";
         ASSERT_EQ(events.size(), 12U);
         EXPECT_EQ(events[8], submit);
-        EXPECT_EQ(events[9],
-                  "{\"" + text + "\":{\"pipeline_name\":\"" + text +
-                          "\",\"timestamp\":\"1\",\"cam_id\":\"\",\"node_stage\":\"0\"}}");
-        // A log line ends at the text's first zero byte.
-        EXPECT_NE(log.find(std::string("requestInfo() submitReq ") + submit.c_str()),
-                  std::string::npos);
-        EXPECT_NE(log.find(std::string("requestInfo()submitReq ") +
-                           std::string(submit.c_str()).substr(0, 500)),
-                  std::string::npos);
+        std::string start = "{\"";
+        start += text;
+        start += frame;
+        start += "1\",\"cam_id\":\"\",\"node_stage\":\"0\"}}";
+        EXPECT_EQ(events[9], start);
+        // A log line ends at the text's first zero byte, and one of the Android log at its limit.
+        const std::string logged = submit.substr(0, submit.find('\0'));
+        EXPECT_NE(log.find("requestInfo() submitReq " + logged), std::string::npos);
+        EXPECT_NE(log.find("requestInfo()submitReq " + logged.substr(0, 500)), std::string::npos);
         EXPECT_EQ(queue().errorImageNames, std::vector<std::string>{text});
         forgetAll();
     }
