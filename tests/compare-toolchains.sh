@@ -8,18 +8,20 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # Plays one scenario; the log without what differs from run to run: the Android log's time,
-# process and thread, and addresses.
+# process and thread, addresses, and, where several threads play, the size of the queue.
 play() {
     local output=$1 scenario=$2
     shift 2
-    local options=()
+    local options=() sizes='queue size:'
+    grep -q '"thread"' "$scenario" && sizes='queue size: .*'
     case $scenario in *switched-off*)
         options=(--property persist.vendor.camera.camquill.supported=false) ;;
     esac
     INFOSYNC_DEBUG_MASK=1 "$@" "${options[@]}" --log-level debug --json "$output.jsonl" "$scenario" \
         >"$output.txt" 2>"$output.err"
     sed -E 's/^([^ ]+ [VDIWEF]) [0-9-]+ [0-9:]+ +[0-9]+ +[0-9]+ /\1 /
-            s/(mIntentAwareImpl is|features_mgr_handle =) .*/\1 ADDRESS/' "$output.err" |
+            s/(mIntentAwareImpl is|features_mgr_handle =) .*/\1 ADDRESS/
+            '"s/$sizes/queue size:/" "$output.err" |
         LC_ALL=C sort >"$output.log"
     rm "$output.err"
     [ -s "$output.log" ] || { echo "no log of $scenario" >&2; exit 1; }
