@@ -1,0 +1,2 @@
+# Updates and flushes without a lock.
+s/mQueue\.mutex\.(lock|unlock)\(\);//

@@ -1,0 +1,2 @@
+# Locks the mutex once.
+/Deliberate: passes the mutex once/,+2 { /mutex\.(lock|unlock)/d }

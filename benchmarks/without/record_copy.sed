@@ -1,0 +1,2 @@
+# Reports from the queue's own record.
+s/const RequestRecord record = /const RequestRecord\& record = /
