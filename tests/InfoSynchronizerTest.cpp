@@ -1,5 +1,7 @@
 // Synchronizers, dispatch to them, the two managers, and the gates of the logs.
 
+#include <sys/resource.h>
+
 #include <future>
 #include <stdexcept>
 
@@ -29,16 +31,16 @@ class Synchronizers : public doubles::Test {
 };
 
 TEST_F(Synchronizers, ExecutorAsksAfreshAndKeepsTheLastAnswerPerKey) {
-    std::string answer = "on";
+    std::string answer = "on, and longer than any small text";
     doubles::onQuery = [&answer](std::string& key) {
         key = "overwritten";  // the service's own copy
         return answer;
     };
     const char* first = ask("a");
-    EXPECT_STREQ(first, "on");
+    EXPECT_EQ(first, answer);
     ask("b");
     EXPECT_EQ(ask("a"), first);  // an equal answer is not written again
-    answer = "off, and longer than any small text";
+    answer = "off";
     EXPECT_STREQ(ask("a"), answer.c_str());
     InfoSynchronizer::mIntentAwareImpl = nullptr;
     EXPECT_STREQ(ask("a"), "");
@@ -54,7 +56,7 @@ TEST_F(Synchronizers, WhatTheServiceThrowsPassesAndChangesNothing) {
 }
 
 TEST_F(Synchronizers, ManagerBuildsOnePerTypeAndOneThread) {
-    std::promise<void> ran;
+    std::promise<int> nice;
     InfoSynchronizerManager built;
     auto& synchronizers = built.mSynchronizers;
     EXPECT_EQ(synchronizers.size(), 3U);
@@ -62,13 +64,13 @@ TEST_F(Synchronizers, ManagerBuildsOnePerTypeAndOneThread) {
     executor.requestInfo(&record);
     EXPECT_EQ(synchronizers[INFO_SYNC_TYPE_COLLECT]->requestCmd(kCommand), nullptr);
     EXPECT_EQ(executor.mStatus, 1);
-    built.mThreadPool->enqueue([&ran] { ran.set_value(); });
-    ran.get_future().wait();
+    built.mThreadPool->enqueue([&nice] { nice.set_value(getpriority(PRIO_PROCESS, 0)); });
+    EXPECT_EQ(nice.get_future().get(), 10);
     doubles::note("without a service:");
     InfoSynchronizer::mIntentAwareImpl = nullptr;
+    doubles::threadsLeft = 1;
     const InfoSynchronizerManager silent;
     doubles::note("without a thread:");
-    doubles::threadsLeft = 0;
     EXPECT_THROW(InfoSynchronizerManager(), std::system_error);
 }
 

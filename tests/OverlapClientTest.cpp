@@ -8,12 +8,6 @@
 
 namespace {
 
-void replaceFrom(std::string& line, const char* begin, size_t length, const char* by) {
-    if (const size_t position = line.find(begin); position != std::string::npos) {
-        line.replace(position, length, by);
-    }
-}
-
 class OverlapClient : public doubles::Test {
   protected:
     static void noteOutput(const std::string& root, const std::string& arguments) {
@@ -25,9 +19,10 @@ class OverlapClient : public doubles::Test {
         while (fgets(text, sizeof(text), pipe) != nullptr) {
             std::string line = text;
             line.pop_back();
-            replaceFrom(line, ROOTS, strlen(ROOTS), "ROOTS");
-            replaceFrom(line, "= 0x", std::string::npos, "= HANDLE");
-            replaceFrom(line, "(nil)", std::string::npos, "0");  // not every C++ library's null
+            doubles::replaceFrom(line, ROOTS, strlen(ROOTS), "ROOTS");
+            doubles::replaceFrom(line, "= 0x", std::string::npos, "= HANDLE");
+            doubles::replaceFrom(line, "(nil)", std::string::npos,
+                                 "0");  // not every C++ library's null
             doubles::note(line);
         }
         EXPECT_EQ(pclose(pipe), 0);

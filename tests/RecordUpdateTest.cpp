@@ -87,6 +87,7 @@ class RecordUpdate : public doubles::Test {
         for (const char* key : {"A", "B", "IMG"}) {
             queue.emplace_back(key);
             queue.records[key]->frameInfo.imageName = key == std::string("IMG") ? "" : "IMG";
+            queue.records[key]->snapshotInfo.zuAlgoInfo.algoList = {"old"};
             before.emplace(key, *queue.records[key]);
         }
     }

@@ -50,14 +50,9 @@ std::atomic<int> lockCount{0};
 
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     char text[1024];
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the callers have started it.
     vsnprintf(text, sizeof(text), format, arguments);
     return text;
-}
-
-void replace(std::string& text, size_t position, size_t length, const char* by) {
-    if (position < text.size()) {
-        text.replace(position, length, by);
-    }
 }
 
 // A text, of which a failed comparison shows the difference by lines.
@@ -147,10 +142,10 @@ void Test::TearDown() {
     std::vector<std::string> actual = takeJournal();
     const std::string address = testing::PrintToString(static_cast<void*>(service()));
     for (size_t i = 0; i < std::min(expected.size(), actual.size()); ++i) {
-        replace(actual[i], actual[i].find(address), address.size(), "SERVICE");
-        if (expected[i].find(".cpp:* ") != std::string::npos) {
-            const size_t number = actual[i].find(".cpp:") + 5;
-            replace(actual[i], number, actual[i].find(' ', number) - number, "*");
+        replaceFrom(actual[i], address, address.size(), "SERVICE");
+        if (const size_t file = actual[i].find(".cpp:");
+            expected[i].find(".cpp:* ") != std::string::npos) {
+            replaceFrom(actual[i], ".cpp:", actual[i].find(' ', file) - file, ".cpp:*");
         }
     }
     EXPECT_EQ(joined(actual), joined(expected));
@@ -161,6 +156,12 @@ void note(const std::string& line) {
     state().journal.push_back(line);
     if (getenv("TEST_ECHO") != nullptr) {
         puts(line.c_str());
+    }
+}
+
+void replaceFrom(std::string& line, const std::string& begin, size_t length, const char* by) {
+    if (const size_t position = line.find(begin); position != std::string::npos) {
+        line.replace(position, length, by);
     }
 }
 
@@ -244,8 +245,10 @@ void* testOverlapInstance(const unsigned char* options) {
 }
 
 // The sanitizers' own wrappers, which must see threads and locks too.
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are theirs.
 __attribute__((weak)) decltype(pthread_create) __interceptor_pthread_create;
 __attribute__((weak)) decltype(pthread_mutex_lock) __interceptor_pthread_mutex_lock;
+// NOLINTEND(bugprone-reserved-identifier)
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
                    void* argument) noexcept {

@@ -37,6 +37,9 @@ void note(const std::string& name, const Value& value) {
 // Takes the journal away, so that it is not compared.
 std::vector<std::string> takeJournal();
 
+// Replaces `length` characters from the first `begin` on, if there is one.
+void replaceFrom(std::string& line, const std::string& begin, size_t length, const char* by);
+
 // Set by a test, and undone before the next.
 extern std::function<std::string(std::string& key)> onQuery;  // may write to the key
 extern std::function<void()> onCall;                          // in every other service call
