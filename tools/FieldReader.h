@@ -68,8 +68,7 @@ void read(const json& value, Integer& out, const Path& path, Errors& errors) {
     if (value.is_number_unsigned()) {
         fits = value.get<uint64_t>() <= static_cast<uint64_t>(Limits::max());
     } else if (value.is_number_integer()) {  // negative
-        fits = std::is_signed_v<Integer> &&
-               value.get<int64_t>() >= static_cast<int64_t>(Limits::min());
+        fits = value.get<int64_t>() >= static_cast<int64_t>(Limits::min());
     }
     if (!fits) {
         errors.add(path, "must be a whole number from " + std::to_string(Limits::min()) + " to " +

@@ -2,17 +2,18 @@
 #
 # EXPECT is a list of:  ARGS arg...          the tool's arguments
 #   STATUS n            exit status; 0 by default
-#   STDIN log           standard input
+#   STDIN log           comes through a pipe as standard input
 #   STDOUT file         what standard output must be, to the byte; a file in expected/
 #   JSON file           what calls.jsonl must be
 #   NO_JSON             there must be no calls.jsonl
 #   STDERR_FILE file    what standard error must be, but for the library's first line
 #   STDERR pattern, STDOUT_MATCHES pattern
-#   LONG_LOG, THREADS_LOG                    logs that are made here
+#   CLOSED_STDOUT       the tool has no standard output
+#   LONG_LOG, THREADS_LOG, ORDER_LOG         logs that are made here
 #   INSTALLED_FROM build INSTALLED_TO bindir installs the build folder and runs that program
 
 cmake_minimum_required(VERSION 3.24)
-cmake_parse_arguments(T "NO_JSON;LONG_LOG;THREADS_LOG"
+cmake_parse_arguments(T "NO_JSON;CLOSED_STDOUT;LONG_LOG;THREADS_LOG;ORDER_LOG"
     "STATUS;STDIN;STDOUT;JSON;STDERR_FILE;STDERR;STDOUT_MATCHES;INSTALLED_FROM;INSTALLED_TO"
     "ARGS" ${EXPECT})
 if(T_UNPARSED_ARGUMENTS)
@@ -36,6 +37,22 @@ if(T_THREADS_LOG)
             "{\"call\":\"updateAnchorFrame\",\"image\":\"A\",\"anchorFrame\":1,\"thread\":\"${number}\"}\n")
     endforeach()
 endif()
+if(T_ORDER_LOG)
+    # Each result of the slow capture takes the thread so long that calls queue up behind it.
+    string(REPEAT "1," 20000 ids)
+    set(head "\"thread\":\"t\",\"image\"")
+    set(log "{\"call\":\"registerSnapshotRequestRecord\",${head}:\"fast\"}
+{\"call\":\"registerSnapshotRequestRecord\",${head}:\"slow\"}
+{\"call\":\"updateRequestInfo\",${head}:\"slow\",\"reqValueA\":0,\"reqValueB\":0,\"reqFlag\":false,\
+\"reqValue64\":0,\"reqIdsA\":[],\"expectedResultIds\":[${ids}1]}\n")
+    foreach(iso RANGE 1 40)
+        string(APPEND log
+            "{\"call\":\"updateVndResultInfo\",${head}:\"slow\",\"resultId\":1,\"errorCode\":0}
+{\"call\":\"updateAnchor3aInfo\",${head}:\"fast\",\"fstop\":1,\"iso\":${iso},\"lux\":1,\"exposureTime\":1}\n")
+    endforeach()
+    file(WRITE ${WORK}/order.jsonl
+        "${log}{\"barrier\":true}\n{\"call\":\"snapshotRequestInfoFlush\",\"image\":\"fast\"}\n")
+endif()
 if(DEFINED T_INSTALLED_FROM)
     execute_process(COMMAND ${CMAKE_COMMAND} --install ${T_INSTALLED_FROM} --prefix ${WORK}/prefix
         COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
@@ -43,11 +60,14 @@ if(DEFINED T_INSTALLED_FROM)
     list(APPEND TOOL ${WORK}/prefix/${T_INSTALLED_TO}/infosync-replay)
 endif()
 if(DEFINED T_STDIN)
-    set(stdin INPUT_FILE ${WORK}/${T_STDIN})
+    set(source COMMAND cat ${WORK}/${T_STDIN})
 endif()
 
 list(REMOVE_ITEM TOOL "")
-execute_process(COMMAND ${TOOL} ${T_ARGS} WORKING_DIRECTORY ${WORK} ${stdin}
+if(T_CLOSED_STDOUT)
+    set(TOOL sh -c "exec \"$@\" >&-" sh ${TOOL})
+endif()
+execute_process(${source} COMMAND ${TOOL} ${T_ARGS} WORKING_DIRECTORY ${WORK}
     OUTPUT_FILE ${WORK}/stdout ERROR_FILE ${WORK}/stderr RESULT_VARIABLE status)
 if(NOT status STREQUAL T_STATUS)
     message(SEND_ERROR "exit status ${status} instead of ${T_STATUS}")
