@@ -84,7 +84,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // name is logged as a warning.
 
     // Appends `camIds` to those already there. The name that is stored here makes the record
-    // visible to updateZuAlgoInfo, updateNodeProcTime and updateNodeProcState: call it first.
+    // visible to the list form of updateZuAlgoInfo, to updateNodeProcTime and to
+    // updateNodeProcState: call it first.
     void updateFrameInfo(std::string imageName, uint32_t frameNumber, std::string timestamp,
                          std::vector<uint32_t> camIds, uint32_t frameExtra);
 
@@ -122,8 +123,10 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // Replaces the queue-wide post-processing information. Belongs to no snapshot.
     void updatePostProcInfo(std::map<std::string, uint32_t> info);
 
-    // Stamps a time stage (0 to 14, an index into TimeStageToChar) with the milliseconds since
-    // the record's creation. Higher stages are ignored.
+    // Stamps a time stage (an index into TimeStageToChar) with the milliseconds since the
+    // record's creation. Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their
+    // texts; 6 stores its milliseconds less those of stage 4; 7 and 11 store 0. Stages above 14
+    // are ignored.
     void updateSnapshotTimeInfo(std::string imageName, uint32_t stage);
 
     // Stores ready values in milliseconds under stage names. Other keys are ignored.

@@ -71,7 +71,7 @@ struct SnapshotInfo {
     int32_t iso = 0;
     float lux = 0.0F;
     int64_t exposureTime = 0;
-    std::map<std::string, int64_t> timeInfo;  // TimeStageToChar text to ms since createTime
+    std::map<std::string, int64_t> timeInfo;  // TimeStageToChar text to milliseconds
 };
 
 // One snapshot in flight. A plain value: copies are deep and independent.
