@@ -4,21 +4,26 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <iterator>
-#include <thread>
+#include <fstream>
+#include <string>
 
 namespace {
 
-auto threads() {
-    const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return std::distance(begin(tasks), end(tasks));
+// Waits until that many of the process's threads are the library's.
+void awaitWorkers(int count) {
+    for (int found = -1; found != count;) {
+        found = 0;
+        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+            std::ifstream file(task.path() / "comm");
+            std::string name;
+            found += std::getline(file, name) && name.rfind("InfoSyncThread", 0) == 0 ? 1 : 0;
+        }
+    }
 }
 
 }  // namespace
 
 int main(int /*argc*/, char** argv) {
-    std::thread([] {}).join();  // brings up what the process needs for threads
-    const auto before = threads();
     for (int i = 0; i < 3; ++i) {
         void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {
@@ -29,15 +34,12 @@ int main(int /*argc*/, char** argv) {
              {"GetInstance", "_ZN11camInfosync23InfoSynchronizerManager11getInstanceEv"}) {
             reinterpret_cast<void* (*)()>(dlsym(library, name))();
         }
-        if (threads() != before + 2) {
-            return 2;
-        }
+        awaitWorkers(2);
         dlclose(library);
         if (dlopen(argv[1], RTLD_NOW | RTLD_NOLOAD) != nullptr) {
-            return 3;
+            return 2;
         }
-        while (threads() != before) {  // a thread is still listed for a moment when it is joined
-        }
+        awaitWorkers(0);
     }
     return 0;
 }
