@@ -70,20 +70,20 @@ Service& service() {
 }
 
 // One input: what it does, and what must come of it.
-class Session {
+class Trial {
   public:
-    Session(const uint8_t* bytes, size_t size) : mData(bytes, size) {
+    Trial(const uint8_t* bytes, size_t size) : mData(bytes, size) {
         InfoSynchronizer::mIntentAwareImpl = &service();
         zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
         service().mAnswer = "enabled";
     }
-    ~Session() {
+    ~Trial() {
         queue().records.clear();
         queue().errorImageNames.clear();
         queue().postProcInfo.clear();
     }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    Trial(const Trial&) = delete;
+    Trial& operator=(const Trial&) = delete;
 
     void run() {
         while (mData.remaining_bytes() > 0) {
@@ -93,7 +93,7 @@ class Session {
     }
 
   private:
-    using Step = void (Session::*)();
+    using Step = void (Trial::*)();
 
     static InfoSynchronizerManager& manager() { return InfoSynchronizerManager::getInstance(); }
     static RequestRecordQueue& queue() { return *manager().mRequestRecordQueue; }
@@ -200,23 +200,23 @@ class Session {
     std::map<std::string, uint32_t> mPostProc;
 };
 
-void Session::step() {
+void Trial::step() {
     static constexpr Step kSteps[] = {
-            &Session::answer,          &Session::registerImage,
-            &Session::unregisterImage, &Session::flush,
-            &Session::request,         &Session::frame,
-            &Session::requestInfo,     &Session::ui,
-            &Session::anchor,          &Session::vendorResult,
-            &Session::vendorResults,   &Session::algorithms,
-            &Session::algorithmInfo,   &Session::error,
-            &Session::postProc,        &Session::stage,
-            &Session::stages,          &Session::nodeTime,
-            &Session::nodeState,       &Session::nodeStates,
+            &Trial::answer,          &Trial::registerImage,
+            &Trial::unregisterImage, &Trial::flush,
+            &Trial::request,         &Trial::frame,
+            &Trial::requestInfo,     &Trial::ui,
+            &Trial::anchor,          &Trial::vendorResult,
+            &Trial::vendorResults,   &Trial::algorithms,
+            &Trial::algorithmInfo,   &Trial::error,
+            &Trial::postProc,        &Trial::stage,
+            &Trial::stages,          &Trial::nodeTime,
+            &Trial::nodeState,       &Trial::nodeStates,
     };
     (this->*mData.PickValueInArray(kSteps))();
 }
 
-void Session::compare() {
+void Trial::compare() {
     FUZZ_CHECK(queue().mutex.try_lock());
     FUZZ_CHECK(queue().records.size() == mRecords.size());
     auto model = mRecords.begin();
@@ -231,7 +231,7 @@ void Session::compare() {
     queue().mutex.unlock();
 }
 
-void Session::answer() {
+void Trial::answer() {
     service().mAnswer = mData.ConsumeBool() ? "enabled" : text();
     service().mThrowFromQuery = number<uint8_t>() == 0;
     if (service().mThrowFromQuery) {
@@ -248,7 +248,7 @@ void Session::answer() {
     }
 }
 
-void Session::registerImage() {
+void Trial::registerImage() {
     const std::string image = name();
     manager().registerSnapshotRequestRecord(image);
     if (isOn()) {
@@ -256,7 +256,7 @@ void Session::registerImage() {
     }
 }
 
-void Session::unregisterImage() {
+void Trial::unregisterImage() {
     const std::string image = name();
     manager().unregisterSnapshotRequestRecord(image);
     if (isOn()) {
@@ -264,7 +264,7 @@ void Session::unregisterImage() {
     }
 }
 
-void Session::expectReport(std::vector<std::string> calls, bool threw) {
+void Trial::expectReport(std::vector<std::string> calls, bool threw) {
     FUZZ_CHECK(threw == (service().mLastCall <= calls.size()));
     calls.resize(std::min(calls.size(), service().mLastCall));
     FUZZ_CHECK(service().mReceived == calls);
@@ -272,7 +272,7 @@ void Session::expectReport(std::vector<std::string> calls, bool threw) {
     service().mLastCall = SIZE_MAX;
 }
 
-void Session::flush() {
+void Trial::flush() {
     const std::string image = name();
     const auto type = static_cast<camInfosync::InfoSyncType>(mData.ConsumeIntegralInRange(-1, 3));
     service().mLastCall = mData.ConsumeBool() ? number<uint8_t>() % 20 + 1 : SIZE_MAX;
@@ -286,7 +286,7 @@ void Session::flush() {
     expectReport(record != nullptr ? record->report() : std::vector<std::string>(), threw);
 }
 
-void Session::request() {
+void Trial::request() {
     const auto type = static_cast<camInfosync::InfoSyncType>(number<int8_t>() % 5);
     const std::string image = name();
     if (type == camInfosync::INFO_SYNC_TYPE_CMD) {
@@ -304,7 +304,7 @@ void Session::request() {
     expectReport(reports ? find(image)->report() : std::vector<std::string>(), false);
 }
 
-void Session::frame() {
+void Trial::frame() {
     const std::string image = name();
     const auto frameNumber = number<uint32_t>();
     const std::string timestamp = text();
@@ -320,7 +320,7 @@ void Session::frame() {
     }
 }
 
-void Session::requestInfo() {
+void Trial::requestInfo() {
     const std::string image = name();
     const auto a = number<int32_t>();
     const auto b = number<int32_t>();
@@ -339,7 +339,7 @@ void Session::requestInfo() {
     }
 }
 
-void Session::ui() {
+void Trial::ui() {
     const std::string image = name();
     const auto type = number<int32_t>();
     const auto mode = number<uint32_t>();
@@ -357,7 +357,7 @@ void Session::ui() {
     }
 }
 
-void Session::anchor() {
+void Trial::anchor() {
     const std::string image = name();
     const auto anchorFrame = number<int32_t>();
     const float fstop = anyFloat32();
@@ -375,7 +375,7 @@ void Session::anchor() {
     }
 }
 
-void Session::vendorResult() {
+void Trial::vendorResult() {
     const std::string image = name();
     const int32_t id = this->id();
     const int32_t code = mData.ConsumeBool() ? number<int32_t>() : number<int8_t>() % 6;
@@ -395,7 +395,7 @@ void Session::vendorResult() {
     }
 }
 
-void Session::vendorResults() {
+void Trial::vendorResults() {
     const std::string image = name();
     const auto results =
             dictionary<int32_t, std::string>([this] { return id(); }, [this] { return text(); });
@@ -405,7 +405,7 @@ void Session::vendorResults() {
     }
 }
 
-void Session::algorithms() {
+void Trial::algorithms() {
     const std::string image = name();
     const auto entries = list<std::string>([this] { return text(); });
     manager().updateZuAlgoInfo(image, entries);
@@ -423,7 +423,7 @@ void Session::algorithms() {
     }
 }
 
-void Session::algorithmInfo() {
+void Trial::algorithmInfo() {
     const std::string image = name();
     const auto times = [this] {
         return dictionary<std::string, double>([this] { return text(); },
@@ -446,7 +446,7 @@ void Session::algorithmInfo() {
     }
 }
 
-void Session::error() {
+void Trial::error() {
     const std::string image = name();
     const std::string what = text();
     const bool none = mData.ConsumeBool();
@@ -456,13 +456,13 @@ void Session::error() {
     }
 }
 
-void Session::postProc() {
+void Trial::postProc() {
     mPostProc = dictionary<std::string, uint32_t>([this] { return text(); },
                                                   [this] { return number<uint32_t>(); });
     manager().updatePostProcInfo(mPostProc);
 }
 
-double Session::ageMs(const std::string& image) {
+double Trial::ageMs(const std::string& image) {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     const timespec& created = queue().records.at(image)->createTime;
@@ -470,7 +470,7 @@ double Session::ageMs(const std::string& image) {
            static_cast<double>(now.tv_nsec - created.tv_nsec) / 1e6;
 }
 
-void Session::stage() {
+void Trial::stage() {
     const std::string image = name();
     const uint32_t stage = someStage();
     manager().updateSnapshotTimeInfo(image, stage);
@@ -499,7 +499,7 @@ void Session::stage() {
     }
 }
 
-void Session::stages() {
+void Trial::stages() {
     const std::string image = name();
     const auto key = [this] { return mData.ConsumeBool() ? fuzz::stageText(someStage()) : text(); };
     const auto times = dictionary<std::string, int64_t>(key, [this] { return number<int64_t>(); });
@@ -513,7 +513,7 @@ void Session::stages() {
     }
 }
 
-void Session::nodeTime() {
+void Trial::nodeTime() {
     const std::string image = name();
     const std::string node = text();
     const double first = anyDouble();
@@ -530,7 +530,7 @@ void Session::nodeTime() {
     }
 }
 
-void Session::nodeState() {
+void Trial::nodeState() {
     const std::string image = name();
     const std::string node = text();
     const int32_t state = mData.ConsumeBool() ? number<int32_t>() : number<int8_t>() % 6;
@@ -544,7 +544,7 @@ void Session::nodeState() {
     }
 }
 
-void Session::nodeStates() {
+void Trial::nodeStates() {
     const std::string image = name();
     const auto states = dictionary<std::string, std::string>([this] { return text(); },
                                                              [this] { return text(); });
@@ -571,6 +571,6 @@ extern "C" int __android_log_print(int /*priority*/, const char* tag, const char
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-    Session(bytes, size).run();
+    Trial(bytes, size).run();
     return 0;
 }
