@@ -338,7 +338,6 @@ int main(int argc, char** argv) {
         expect(allocations::inUse() == warm, "allocations are balanced");
     }
     const double longestMs = static_cast<double>(longestWait) / 1e6;
-    expect(service.mFlushMs == 0 || longestMs > service.mFlushMs / 2.0, "updates wait for a flush");
     const size_t heap = mallinfo2().uordblks;
     expect(!cachesAreOff || heap == warmHeap, "the heap does not grow");
     std::printf(

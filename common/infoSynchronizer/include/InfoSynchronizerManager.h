@@ -148,7 +148,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     void updateNodeProcState(std::string imageName, std::map<std::string, std::string> states);
 
     // Open to whoever inspects records at a desk. The pointers are fixed from construction to
-    // destruction; what the queue holds is guarded by its mutex.
+    // destruction; what the queue holds is guarded by its mutex. A task on the pool must not use
+    // its manager: tasks left at the end run when the queue and the synchronizers are gone.
     std::unique_ptr<ThreadPool> mThreadPool;
     std::shared_ptr<RequestRecordQueue> mRequestRecordQueue;
     std::map<InfoSyncType, std::shared_ptr<InfoSynchronizer>> mSynchronizers;
