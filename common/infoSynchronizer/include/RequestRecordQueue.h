@@ -41,8 +41,8 @@ class INFOSYNC_EXPORT RequestRecordQueue {
 
     // Calls `visit` for each record whose frameInfo.imageName equals `imageName`, in key order,
     // until it returns false. The keys themselves are not compared: a record that has not had
-    // its updateFrameInfo is found by the empty name only. `visit` runs under `mutex` and must not take it. An
-    // empty `visit` throws std::bad_function_call at the first match.
+    // its updateFrameInfo is found by the empty name only. `visit` runs under `mutex` and must not
+    // take it. An empty `visit` throws std::bad_function_call at the first match.
     void findByImageName(std::string imageName, Visitor visit) INFOSYNC_REQUIRES(mutex);
 
     // Not per snapshot; replaced as a whole.
