@@ -5,8 +5,12 @@
 
 #include <InfoSynchronizerManager.h>
 
+using camInfosync::INFO_SYNC_TYPE_CMD;
+using camInfosync::INFO_SYNC_TYPE_COLLECT;
+using camInfosync::InfoSynchronizerManager;
+using camInfosync::RequestRecord;
+
 int main() {
-    using namespace camInfosync;
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
     void* answer = nullptr;
     manager.request(INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &answer);
