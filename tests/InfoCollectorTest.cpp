@@ -82,6 +82,17 @@ TEST_F(Collector, NumbersAreTruncatedAndSaturated) {
     }
 }
 
+TEST_F(Collector, FloatsReadAsPrintfWritesThem) {
+    std::vector<std::string> seen;
+    // Halves of a millionth go to the even one.
+    for (const float number : {-0.0F, 0.0078125F, -0.0234375F, 1e-7F, 6e-7F, 999999.9375F,
+                               -999999995904.0F, 1000000061440.0F}) {
+        snapshot.lux = number;
+        seen.push_back(report().at(1));
+    }
+    doubles::note("luxes", seen);
+}
+
 TEST_F(Collector, ServiceIsLookedAtBeforeEachCall) {
     algo.algoTimeA = algo.algoTimeC = {{"n", 1.0}};
     for (size_t last = 1; last <= 12; ++last) {

@@ -4,6 +4,7 @@
 
 #include <future>
 #include <stdexcept>
+#include <utility>
 
 #include <zudebug/Log.h>
 
@@ -39,7 +40,8 @@ TEST_F(Synchronizers, ExecutorAsksAfreshAndKeepsTheLastAnswerPerKey) {
     const char* first = ask("a");
     EXPECT_EQ(first, answer);
     ask("b");
-    EXPECT_EQ(ask("a"), first);  // an equal answer is not written again
+    EXPECT_EQ(ask("aa"), answer);  // between the two
+    EXPECT_EQ(ask("a"), first);    // an equal answer is not written again
     answer = "off";
     EXPECT_STREQ(ask("a"), answer.c_str());
     InfoSynchronizer::mIntentAwareImpl = nullptr;
@@ -101,6 +103,14 @@ TEST_F(Synchronizers, GatedOperationsUseTheOtherManager) {
     entry.updateAnchorFrame("A", 1);  // an update stays with its own queue
     entry.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
     entry.unregisterSnapshotRequestRecord("A");
+    EXPECT_EQ(queue.records.size(), 0U);
+}
+
+TEST_F(Synchronizers, WithoutAQueueNothingIsRegistered) {
+    const auto queueKept = std::exchange(manager.mRequestRecordQueue, nullptr);
+    manager.registerSnapshotRequestRecord("A");
+    manager.unregisterSnapshotRequestRecord("A");
+    manager.mRequestRecordQueue = queueKept;
     EXPECT_EQ(queue.records.size(), 0U);
 }
 

@@ -4,9 +4,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <functional>
 #include <future>
 #include <set>
+#include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "Doubles.h"
 #include "ThreadPool.h"
@@ -134,6 +137,15 @@ TEST_F(Pool, TasksMayQueueTasksAlsoWhileTheyAreDestroyed) {
     pool.enqueue([&, owner = std::move(last)] { queued.set_value(pool.enqueue([] {})); });
     EXPECT_EQ(queued.get_future().get(), 0);
     EXPECT_EQ(destroyed.get_future().get(), 0);
+}
+
+TEST_F(Pool, TaskThatThrowsEndsTheProcess) {
+    const auto run = [](std::function<void()> task) {
+        ThreadPool pool(1, 0);
+        pool.enqueue(std::move(task));
+    };
+    EXPECT_DEATH(run([] { throw std::runtime_error("from the task"); }), "from the task");
+    EXPECT_DEATH(run(nullptr), "bad_function_call");
 }
 
 TEST_F(Pool, FailedThreadStopsAndJoinsTheOthers) {

@@ -36,18 +36,6 @@ class INFOSYNC_SCOPED_CAPABILITY QueueGuard {
     RequestRecordQueue& mQueue;
 };
 
-std::shared_ptr<InfoSynchronizer> makeSynchronizer(InfoSyncType type) {
-    switch (type) {
-        case INFO_SYNC_TYPE_COLLECT:
-        case INFO_SYNC_TYPE_COLLECT_ALT:
-            return std::make_shared<InfoCollector>(type);
-        case INFO_SYNC_TYPE_CMD:
-            return std::make_shared<CmdExecutor>(type);
-        default:
-            return nullptr;
-    }
-}
-
 RequestRecord* lookUp(RequestRecordQueue& queue, const std::string& imageName)
         INFOSYNC_REQUIRES(queue.mutex) {
     const auto position = queue.records.find(imageName);
@@ -164,11 +152,11 @@ CollectionSwitch readCollectionSwitch() {
 InfoSynchronizerManager::InfoSynchronizerManager() {
     INFOSYNC_LOGI(site::kConstructEnter, "Construct Enter");
     stageKey(0);  // makes the keys now: what is made before a manager outlives it at process exit
-    mSynchronizers.clear();
-    for (int32_t i = 0; i < INFO_SYNC_TYPE_MAX; ++i) {
-        const auto type = static_cast<InfoSyncType>(i);
-        mSynchronizers.emplace(type, makeSynchronizer(type));
-    }
+    mSynchronizers[INFO_SYNC_TYPE_COLLECT] =
+            std::make_shared<InfoCollector>(INFO_SYNC_TYPE_COLLECT);
+    mSynchronizers[INFO_SYNC_TYPE_CMD] = std::make_shared<CmdExecutor>(INFO_SYNC_TYPE_CMD);
+    mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT] =
+            std::make_shared<InfoCollector>(INFO_SYNC_TYPE_COLLECT_ALT);
     mRequestRecordQueue = std::make_shared<RequestRecordQueue>();
     mThreadPool = std::make_unique<ThreadPool>(1, 10);
     // Deliberate: "Eixt" is how the message is known.

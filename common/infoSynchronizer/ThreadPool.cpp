@@ -4,10 +4,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <numeric>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <processgroup/processgroup.h>
 
@@ -50,7 +52,9 @@ void ThreadPool::addThread() {
     std::map<int32_t, std::thread> started;
     std::thread& thread = started[index];
     try {
-        thread = std::thread(&ThreadPool::loop, this, index);
+        // The profiles are made here: on the worker, nobody could be told that memory has ended.
+        const std::vector<std::string> profiles{"SCHED_SP_BACKGROUND"};
+        thread = std::thread(&ThreadPool::loop, this, index, profiles);
     } catch (const std::system_error& error) {
         // The standard libraries word this differently.
         throw std::system_error(error.code(), "thread constructor failed");
@@ -86,10 +90,12 @@ void ThreadPool::setThreadPoolPriority(int priority) {
 
 // The analysis cannot follow a std::unique_lock, which the condition variable needs. The lock
 // is held throughout, except where `lock` says otherwise.
-void ThreadPool::loop(int32_t index) INFOSYNC_NO_THREAD_SAFETY_ANALYSIS {
-    const std::string name = "InfoSyncThread" + std::to_string(index);
-    prctl(PR_SET_NAME, name.c_str());
-    SetTaskProfiles(gettid(), {"SCHED_SP_BACKGROUND"}, true);
+void ThreadPool::loop(int32_t index,
+                      const std::vector<std::string>& profiles) INFOSYNC_NO_THREAD_SAFETY_ANALYSIS {
+    char name[32];
+    snprintf(name, sizeof(name), "InfoSyncThread%d", index);
+    prctl(PR_SET_NAME, name);
+    SetTaskProfiles(gettid(), profiles, true);
 
     std::unique_lock<std::mutex> lock(mMutex);
     int32_t appliedPriority = mPriority;
@@ -107,10 +113,9 @@ void ThreadPool::loop(int32_t index) INFOSYNC_NO_THREAD_SAFETY_ANALYSIS {
         }
         std::function<void()> task = std::move(mTasks.front());
         mTasks.pop_front();
-        if (mEnqueueIndex != -1) {
-            // Deliberate: marks the newest position, not the one of the task taken.
-            mEnqueueMarks[static_cast<size_t>(mEnqueueIndex)] = -1;
-        }
+        // Deliberate: marks the newest position, not the one of the task taken. There is one: a
+        // task was queued.
+        mEnqueueMarks[static_cast<size_t>(mEnqueueIndex)] = -1;
         lock.unlock();
         task();
         task = nullptr;  // what the task owns must not be destroyed under the lock

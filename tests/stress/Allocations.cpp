@@ -14,7 +14,8 @@ std::atomic<long> bytes{0};
 
 namespace allocations {
 
-thread_local int left = -1;
+std::atomic<int> leftAtStart{-1};
+thread_local int left = leftAtStart;
 
 long inUse() {
     return bytes;

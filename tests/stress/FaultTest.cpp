@@ -1,5 +1,6 @@
 // What is left of the library when memory ends, the service fails, or texts are hostile.
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <new>
@@ -140,6 +141,19 @@ TEST_F(Fault, AccessorsTryAgainWhenMemoryEnds) {
         EXPECT_GT(failures, 5);
         EXPECT_EQ(static_cast<InfoSynchronizerManager*>(accessor())->mSynchronizers.size(), 3U);
     }
+}
+
+TEST_F(Fault, WorkersNeedNoMemoryOfTheirOwn) {
+    std::atomic<int> ran{0};
+    allocations::leftAtStart = 0;
+    {
+        ThreadPool pool(3, 0);
+        for (int i = 0; i < 9; ++i) {
+            pool.enqueue([&ran] { ++ran; });
+        }
+    }
+    allocations::leftAtStart = -1;
+    EXPECT_EQ(ran, 9);
 }
 
 TEST_F(Fault, EveryOperationSurvivesTheEndOfMemory) {

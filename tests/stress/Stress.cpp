@@ -6,6 +6,7 @@
 // is checked too; otherwise it includes what the library keeps for reuse.
 
 #include <malloc.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
@@ -76,6 +77,9 @@ Service service;
 
 // The sums of a round.
 struct Totals {
+    // Until every thread of the round runs, its starter holds the mutex.
+    void waitForAll() { std::lock_guard<std::mutex> lock(mutex); }
+
     std::mutex mutex;
     std::vector<std::string> marks;  // the image of each error put in; guarded by mutex
     std::atomic<int> residentFlushes{0};
@@ -210,6 +214,7 @@ void checkLanded(const std::string& name, size_t errors) {
 }
 
 void leadLives(Totals& totals, int thread, int count) {
+    totals.waitForAll();
     std::vector<std::string> marks;
     for (int i = 0; i < count; ++i) {
         const std::string own = ownName(thread, i);
@@ -237,6 +242,7 @@ void leadLives(Totals& totals, int thread, int count) {
 
 // What other threads do meanwhile.
 void disturb(Totals& totals) {
+    totals.waitForAll();
     for (int i = 0; !totals.done; ++i) {
         manager().registerSnapshotRequestRecord(residentName(i));
         manager().unregisterSnapshotRequestRecord("unknown");
@@ -280,6 +286,17 @@ void checkAndForget(Totals& totals, int count) {
     queue.postProcInfo.clear();
 }
 
+// The C library keeps stacks for reuse, each with a piece of heap, but only so many bytes of them.
+// With stacks this small it keeps those of all threads, and the heap in use does not depend on
+// which thread ended first.
+void shrinkStacks() {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 1 << 20);
+    expect(pthread_setattr_default_np(&attributes) == 0, "the size of stacks can be set");
+    pthread_attr_destroy(&attributes);
+}
+
 // Each thread leads `count` lives on images of its own and as many on contested ones. Returns
 // the seconds that this took.
 double runRound(int count) {
@@ -288,13 +305,15 @@ double runRound(int count) {
         manager().registerSnapshotRequestRecord(residentName(i));
         manager().updateFrameInfo(residentName(i), 1, "1", {}, 1);
     }
-    const auto begin = Clock::now();
+    std::unique_lock<std::mutex> starting(totals.mutex);
     std::thread others[] = {std::thread(disturb, std::ref(totals)),
                             std::thread(disturb, std::ref(totals))};
     std::thread lives[kThreads];
     for (int i = 0; i < kThreads; ++i) {
         lives[i] = std::thread(leadLives, std::ref(totals), i, count);
     }
+    const auto begin = Clock::now();
+    starting.unlock();
     std::for_each(std::begin(lives), std::end(lives), [](std::thread& life) { life.join(); });
     const std::chrono::duration<double> seconds = Clock::now() - begin;
     totals.done = true;
@@ -319,6 +338,7 @@ int main(int argc, char** argv) {
     const Clock::duration soak = std::chrono::seconds(option(argc, argv, "--soak", 0));
     InfoSynchronizer::mIntentAwareImpl = &service;
     zudebug::gZuCamLogLevel = INT32_MAX;
+    shrinkStacks();
     flush("unknown");  // the executor's first answer must not meet others
 
     const int round = std::clamp(snapshots / (2 * kThreads), 1, 125);

@@ -10,7 +10,9 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Export.h"
 #include "ThreadAnnotations.h"
@@ -49,7 +51,8 @@ class INFOSYNC_EXPORT ThreadPool {
 
   private:
     INFOSYNC_LOCAL explicit ThreadPool(int priority);
-    INFOSYNC_LOCAL void loop(int32_t index) INFOSYNC_EXCLUDES(mMutex);
+    INFOSYNC_LOCAL void loop(int32_t index, const std::vector<std::string>& profiles)
+            INFOSYNC_EXCLUDES(mMutex);
 
     std::map<int32_t, std::thread> mThreads;  // by index; changed only before the pool is shared
     std::deque<std::function<void()>> mTasks INFOSYNC_GUARDED_BY(mMutex);
