@@ -31,7 +31,10 @@ def read_runs(paths):
     context = {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
-            results = json.load(file)
+            text = file.read()
+        if not text:
+            continue  # no benchmark of that program was asked for
+        results = json.loads(text)
         context = results["context"]
         for run in results["benchmarks"]:
             if run["run_type"] == "iteration":
