@@ -198,8 +198,11 @@ void InfoSynchronizerManager::registerSnapshotRequestRecord(std::string imageNam
     if (queue != nullptr) {
         queue->emplace_back(imageName);
     }
-    INFOSYNC_LOGI(INFOSYNC_HERE("registerSnapshotRequestRecord"),
-                  "register image %s, queue size: %lu", imageName.c_str(), lockAndCount(queue));
+    if (logging::toAny(ANDROID_LOG_INFO)) {
+        const unsigned long size = lockAndCount(queue);
+        INFOSYNC_LOGI(INFOSYNC_HERE("registerSnapshotRequestRecord"),
+                      "register image %s, queue size: %lu", imageName.c_str(), size);
+    }
 }
 
 void InfoSynchronizerManager::unregisterSnapshotRequestRecord(std::string imageName) {
@@ -210,8 +213,11 @@ void InfoSynchronizerManager::unregisterSnapshotRequestRecord(std::string imageN
     if (queue != nullptr) {
         queue->remove(imageName);
     }
-    INFOSYNC_LOGI(INFOSYNC_HERE("unregisterSnapshotRequestRecord"),
-                  "unregister image %s, queue size: %lu", imageName.c_str(), lockAndCount(queue));
+    if (logging::toAny(ANDROID_LOG_INFO)) {
+        const unsigned long size = lockAndCount(queue);
+        INFOSYNC_LOGI(INFOSYNC_HERE("unregisterSnapshotRequestRecord"),
+                      "unregister image %s, queue size: %lu", imageName.c_str(), size);
+    }
 }
 
 void InfoSynchronizerManager::snapshotRequestInfoFlush(std::string imageName, InfoSyncType type) {

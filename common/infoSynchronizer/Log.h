@@ -23,6 +23,11 @@ inline bool toSystem() {
     return (zudebug::gZuCamLogGroup & kGroup) != 0 && zudebug::gZuCamDebugMask != 0;
 }
 
+// Whether a message reaches any log: for arguments that must be the same in both.
+inline bool toAny(int priority) {
+    return toAndroid(priority) || toSystem();
+}
+
 }  // namespace camInfosync::logging
 
 // Logs to each sink whose gate is open. The arguments are evaluated once per open sink, and
