@@ -36,29 +36,32 @@ static_assert(offsetof(OverlapOptions, disabled) == 8 && sizeof(OverlapOptions) 
 // Logs to the Android log only, without a prefix and without a gate.
 class OverlapClientTmpl {
   public:
-    // The client; the first call loads the overlap library. Exceptions of that library's entry
-    // point pass through.
+    // The client; the first call loads the overlap library.
     static OverlapClientTmpl& GetInstance() {
         static OverlapClientTmpl s_OverlapClient;
         return s_OverlapClient;
     }
 
     // The service object of the overlap library, or null. The library is asked until it has
-    // given an object, and never again after that. The object must not be used after the
-    // client's destruction.
+    // given an object, and never again after that. If it throws, that is logged, and there is
+    // none. The object must not be used after the client's destruction.
     static IntentAwareSys* GetIntentAwareSys() {
         static IntentAwareSys* intent_aware = nullptr;
         OverlapInstance* instance = GetInstance().mInstance;
         if (intent_aware == nullptr && instance != nullptr) {
-            intent_aware = static_cast<IntentAwareSys*>(instance->getObject("IntentAwareSys", 0));
+            try {
+                intent_aware =
+                        static_cast<IntentAwareSys*>(instance->getObject("IntentAwareSys", 0));
+            } catch (...) {
+                log(ANDROID_LOG_ERROR, kThrew);
+            }
         }
         return intent_aware;
     }
 
     // Loads the library from /vendor or, if there is no such file, from /odm. A file that does
     // not load is not looked for elsewhere. Returns 0 if the library is loaded, also if it was
-    // before, and -1 if not. Exceptions of the library's entry point pass through, with the
-    // library closed again.
+    // before, and -1 if not. A library that throws is closed again, which is logged.
     int Load() {
         if (mState >= 1) {
             log(ANDROID_LOG_DEBUG, "Load() return...(1)");
@@ -79,11 +82,18 @@ class OverlapClientTmpl {
         // Deliberate: not checked. An overlap library without this entry point is not supported.
         auto* entry = reinterpret_cast<OverlapInstance* (*)(OverlapOptions*)>(
                 dlsym(handle.get(), "GetInstance"));
-        OverlapInstance* instance = entry(&mOptions);
-        if (instance == nullptr) {
-            return -1;  // Deliberate: silent. The library has chosen to offer nothing.
+        OverlapInstance* instance = nullptr;
+        try {
+            instance = entry(&mOptions);
+            if (instance == nullptr) {
+                return -1;  // Deliberate: silent. The library has chosen to offer nothing.
+            }
+            instance->start();
+        } catch (...) {
+            // It must not pass: its type may be the library's own, which is closed now.
+            log(ANDROID_LOG_ERROR, kThrew);
+            return -1;
         }
-        instance->start();
         mHandle = std::move(handle);
         mInstance = instance;
         mState = 1;
@@ -113,6 +123,7 @@ class OverlapClientTmpl {
 
     static constexpr const char* kVendorPath = "/vendor/lib64/com.veltro.camhal.overlap.so";
     static constexpr const char* kOdmPath = "/odm/lib64/com.veltro.camhal.overlap.so";
+    static constexpr const char* kThrew = "the overlap library has thrown an exception";
 
     OverlapClientTmpl() {
         log(ANDROID_LOG_DEBUG, "OverlapClient() begin >>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>");

@@ -1,6 +1,8 @@
 // What needs a process of its own: loading, the switches that are read then, and which calls
 // build a manager.
 
+#include <system_error>
+
 #include "Doubles.h"
 #include "InfoSynchronizerManager.h"
 
@@ -17,6 +19,9 @@ TEST_F(FreshProcess, LoadingReadsThePropertiesAndFindsTheService) {
         doubles::note(line);
     }
     EXPECT_EQ(InfoSynchronizer::mIntentAwareImpl, doubles::service());
+    doubles::note("one manager:");
+    InfoSynchronizerManager::getInstance();
+    InfoSynchronizerManager::getInstance();
 }
 
 TEST_F(FreshProcess, StageOfAKnownImageBuildsTheOtherManager) {
@@ -26,6 +31,11 @@ TEST_F(FreshProcess, StageOfAKnownImageBuildsTheOtherManager) {
     GetInstance();
     manager.updateSnapshotTimeInfo("NONE", 1U);
     manager.updateSnapshotTimeInfo("IMG", 0U);
+    doubles::note("without a thread:");
+    doubles::threadsLeft = 0;
+    EXPECT_THROW(manager.updateSnapshotTimeInfo("IMG", 1U), std::system_error);
+    doubles::threadsLeft = -1;
+    EXPECT_EQ(manager.mRequestRecordQueue->records.at("IMG")->snapshotInfo.timeInfo.size(), 1U);
     doubles::note("by a stage that is ignored otherwise:");
     manager.updateSnapshotTimeInfo("IMG", 15U);
     manager.updateSnapshotTimeInfo("IMG", 1U);

@@ -38,6 +38,10 @@ class StepReader {
   public:
     explicit StepReader(LogFile& log) : mLog(log) {}
 
+    // Remembers how long the log is: to be called after its last line.
+    void noteLength() { mLength = mLog.position(); }
+    bool isAtNotedLength() const { return mLog.position() == mLength; }
+
     // Goes back to the first line; image names have this suffix from now on.
     void restart(std::string imageSuffix) {
         mLog.rewind();
@@ -72,6 +76,7 @@ class StepReader {
 
   private:
     LogFile& mLog;
+    uint64_t mLength = 0;
     std::string mLine;
     std::string mImageSuffix;
     std::vector<LineError> mErrors;
@@ -90,6 +95,7 @@ bool check(StepReader& reader, Progress& progress) {
         }
         progress.show(reader.log().position());
     }
+    reader.noteLength();
     if (count > kMostErrorsShown) {
         std::cerr << "... and " << count - kMostErrorsShown << " more\n";
     }
@@ -150,12 +156,19 @@ class Player {
     void playRound(uint64_t doneBefore) {
         for (CaptureStep step; mReader.next(step);) {
             if (!mReader.errors().empty()) {
-                throw std::runtime_error(mReader.place() + ": has changed since it was checked");
+                throwChanged();
             }
             mProgress.show(doneBefore + mReader.log().position());
             take(std::move(step));
         }
         mThreads.wait();
+        if (!mReader.isAtNotedLength()) {
+            throwChanged();
+        }
+    }
+
+    [[noreturn]] void throwChanged() const {
+        throw std::runtime_error(mReader.place() + ": has changed since it was checked");
     }
 
     void take(CaptureStep step) {

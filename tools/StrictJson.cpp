@@ -62,6 +62,10 @@ std::string parserText(const json::exception& error) {
 }  // namespace
 
 json parseObject(std::string_view text, std::vector<LineError>& errors) {
+    if (text.find('\0') != std::string_view::npos) {  // where the parser would stop reading
+        errors.push_back({"line", "holds a zero byte"});
+        return nullptr;
+    }
     try {
         json value = json::parse(text, StructureCheck());
         if (value.is_object()) {

@@ -37,6 +37,10 @@ TEST(CaptureLine, SaysWhatIsWrongAndWhere) {
             {" \t\r", ""},
             {"{\"barrier\":true}\r", ""},
             {"{}", "call: is missing"},
+            {std::string("{\"barrier\":true}\0{", 18), "line: holds a zero byte"},
+            {R"({"sleepMs":60000})", ""},
+            {R"({"sleepMs":60001})", "sleepMs: must be a whole number from 0 to 60000"},
+            {R"({"sleepMs":-1})", "sleepMs: must be a whole number from 0 to 60000"},
             {"null", "line: must be an object"},
             {"\"\xff",
              "line: is no JSON at column 2: syntax error while parsing value - "

@@ -10,11 +10,13 @@
 #   STDERR pattern, STDOUT_MATCHES pattern
 #   CLOSED_STDOUT       the tool has no standard output
 #   LONG_LOG, THREADS_LOG, ORDER_LOG         logs that are made here
+#   CHANGED_LOG         a log that is cut once the tool plays it
+#   MEMORY kilobytes    that the tool may map
 #   INSTALLED_FROM build INSTALLED_TO bindir installs the build folder and runs that program
 
 cmake_minimum_required(VERSION 3.24)
-cmake_parse_arguments(T "NO_JSON;CLOSED_STDOUT;LONG_LOG;THREADS_LOG;ORDER_LOG"
-    "STATUS;STDIN;STDOUT;JSON;STDERR_FILE;STDERR;STDOUT_MATCHES;INSTALLED_FROM;INSTALLED_TO"
+cmake_parse_arguments(T "NO_JSON;CLOSED_STDOUT;LONG_LOG;THREADS_LOG;ORDER_LOG;CHANGED_LOG"
+    "MEMORY;STATUS;STDIN;STDOUT;JSON;STDERR_FILE;STDERR;STDOUT_MATCHES;INSTALLED_FROM;INSTALLED_TO"
     "ARGS" ${EXPECT})
 if(T_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "not understood: ${T_UNPARSED_ARGUMENTS}")
@@ -53,6 +55,11 @@ if(T_ORDER_LOG)
     file(WRITE ${WORK}/order.jsonl
         "${log}{\"barrier\":true}\n{\"call\":\"snapshotRequestInfoFlush\",\"image\":\"fast\"}\n")
 endif()
+if(T_CHANGED_LOG)
+    # More than the tool reads ahead, and logs until the pipe is full.
+    string(REPEAT "{\"call\":\"registerSnapshotRequestRecord\",\"image\":\"A\"}\n" 20000 log)
+    file(WRITE ${WORK}/changed.jsonl "${log}")
+endif()
 if(DEFINED T_INSTALLED_FROM)
     execute_process(COMMAND ${CMAKE_COMMAND} --install ${T_INSTALLED_FROM} --prefix ${WORK}/prefix
         COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
@@ -66,6 +73,12 @@ endif()
 list(REMOVE_ITEM TOOL "")
 if(T_CLOSED_STDOUT)
     set(TOOL sh -c "exec \"$@\" >&-" sh ${TOOL})
+endif()
+if(T_CHANGED_LOG)
+    set(TOOL sh ${CMAKE_CURRENT_LIST_DIR}/cut-log.sh changed.jsonl ${TOOL})
+endif()
+if(DEFINED T_MEMORY)
+    set(TOOL sh -c "ulimit -v ${T_MEMORY} && exec \"$@\"" sh ${TOOL})
 endif()
 execute_process(${source} COMMAND ${TOOL} ${T_ARGS} WORKING_DIRECTORY ${WORK}
     OUTPUT_FILE ${WORK}/stdout ERROR_FILE ${WORK}/stderr RESULT_VARIABLE status)

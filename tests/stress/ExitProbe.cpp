@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <system_error>
@@ -38,19 +39,23 @@ void useAll(const std::string& image) {
     expect(manager().mRequestRecordQueue->records.count(image) == 1);
 }
 
-void leaveRecords() {
-    for (int i = 0; i < 100; ++i) {
-        useAll(std::to_string(i));
-    }
-}
-
 // Made before the manager, and destroyed after it.
 struct Witness {
     std::mutex mutex;
     int queued = 0;
     int ran = 0;
-    ~Witness() { expect(ran == queued); }
+    std::weak_ptr<camInfosync::RequestRecord> record;
+    ~Witness() { expect(ran == queued && record.expired()); }
 };
+
+void leaveRecords() {
+    static Witness witness;
+    for (int i = 0; i < 100; ++i) {
+        useAll(std::to_string(i));
+    }
+    witness.record = manager().mRequestRecordQueue->records.at("50");
+    expect(!witness.record.expired());
+}
 
 void leaveTasks() {
     static Witness witness;
@@ -79,6 +84,9 @@ void useLate() {
 template <bool Loaded>
 void useService() {
     expect((camInfosync::InfoSynchronizer::mIntentAwareImpl != nullptr) == Loaded);
+    void* answer = nullptr;
+    manager().request(camInfosync::INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &answer);
+    expect(std::strcmp(static_cast<const char*>(answer), Loaded ? "enabled" : "") == 0);
     useAll("image");
 }
 

@@ -113,6 +113,11 @@ std::string residentName(int i) {
     return "resident-" + std::to_string(i % 2);
 }
 
+// Images that all threads register and unregister.
+std::string contestedName(int i) {
+    return "contested-" + std::to_string(i % 3);
+}
+
 std::string ownName(int thread, int i) {
     return "own-" + std::to_string(thread) + "-" + std::to_string(i);
 }
@@ -218,7 +223,7 @@ void leadLives(Totals& totals, int thread, int count) {
     std::vector<std::string> marks;
     for (int i = 0; i < count; ++i) {
         const std::string own = ownName(thread, i);
-        const std::string contested = "contested-" + std::to_string(i % 3);
+        const std::string contested = contestedName(i);
         for (const std::string& name : {own, contested}) {
             manager().registerSnapshotRequestRecord(name);
             fill(name, i);
@@ -246,6 +251,8 @@ void disturb(Totals& totals) {
     for (int i = 0; !totals.done; ++i) {
         manager().registerSnapshotRequestRecord(residentName(i));
         manager().unregisterSnapshotRequestRecord("unknown");
+        manager().registerSnapshotRequestRecord(contestedName(i));
+        manager().unregisterSnapshotRequestRecord(contestedName(i));
         during([](auto& m) { m.updatePostProcInfo({{"disturbed", 1}}); });
         flush("unknown");
         if (i % 64 == 0) {

@@ -44,15 +44,17 @@ namespace camInfosync {
 // Thread safety: every operation may be called from any thread and runs on it. Operations on
 // records wait for each other on the queue's one mutex, and a flush holds it for the whole
 // report: the intent-aware object must not call an operation that takes it. The gated
-// operations ask the command executor without a lock, so the first of them, and any during
-// which the answer changes, must not overlap another (see CmdExecutor).
+// operations, and request for commands, ask the command executor without a lock, so the first
+// question for a key, and any whose answer has changed, must not overlap another (see
+// CmdExecutor). Threads must have stopped calling when the process exits.
 //
-// Errors: nothing is returned. A problem is one log line and no effect. std::bad_alloc passes;
-// the mutex is then free, and what was written stays.
+// Errors: nothing is returned. A call that cannot do its work has no effect, and most log one
+// warning. std::bad_alloc passes; so does what the intent-aware object throws, from the gated
+// operations and request. The mutex is then free, and what was written stays.
 class INFOSYNC_EXPORT InfoSynchronizerManager {
   public:
-    // Builds the three synchronizers, an empty queue and a pool of one worker. Throws what
-    // ThreadPool and std::bad_alloc throw; nothing is left behind then.
+    // Builds the three synchronizers, an empty queue and a pool of one worker. Throws what the
+    // constructor of ThreadPool throws, and std::bad_alloc; nothing is left behind then.
     InfoSynchronizerManager();
     ~InfoSynchronizerManager();
     InfoSynchronizerManager(const InfoSynchronizerManager&) = delete;
@@ -76,7 +78,6 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
 
     // Reports the record through the collector of INFO_SYNC_TYPE_COLLECT before it returns. The
     // record stays. Any other type, or an unknown name, reports nothing.
-    // Also passes on what the intent-aware object throws.
     void snapshotRequestInfoFlush(std::string imageName, InfoSyncType type);
 
     // The updates. Each replaces one group of a record's fields. The record is found by the
@@ -126,7 +127,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // Stamps a time stage (an index into TimeStageToChar) with the milliseconds since the
     // record's creation. Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their
     // texts; 6 stores its milliseconds less those of stage 4; 7 and 11 store 0. Stages above 14
-    // are ignored.
+    // are ignored. Stages other than 0 first build the getInstance() manager if there is none:
+    // what its constructor throws passes, and nothing is stored then.
     void updateSnapshotTimeInfo(std::string imageName, uint32_t stage);
 
     // Stores ready values in milliseconds under stage names. Other keys are ignored.

@@ -38,12 +38,12 @@ class INFOSYNC_EXPORT ThreadPool {
     ThreadPool& operator=(const ThreadPool&) = delete;
 
     // Starts one more worker. Takes no lock: only for the time before the pool is shared.
-    // Throws as the constructor does; the pool is then as before.
+    // Throws as the constructor does; the pool is then as before, less an index.
     void addThread();
 
     // Queues a task. Returns 0, or -1 without effect once the pool is being destroyed. Logs a
     // warning while the last ten calls found no task taken since. A task that throws, an empty
-    // one included, ends the process.
+    // one included, ends the process. std::bad_alloc passes; the task is not queued then.
     int enqueue(std::function<void()> task) INFOSYNC_EXCLUDES(mMutex);
 
     // Sets the nice value that each worker applies before it takes its next task.
