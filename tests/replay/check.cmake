@@ -56,8 +56,9 @@ if(T_ORDER_LOG)
         "${log}{\"barrier\":true}\n{\"call\":\"snapshotRequestInfoFlush\",\"image\":\"fast\"}\n")
 endif()
 if(T_CHANGED_LOG)
-    # More than the tool reads ahead, and logs until the pipe is full.
-    string(REPEAT "{\"call\":\"registerSnapshotRequestRecord\",\"image\":\"A\"}\n" 20000 log)
+    # More than the tool reads ahead, and logs until the pipe is full. A line has 64 bytes: what is
+    # read ahead ends with a line.
+    string(REPEAT "{\"call\":\"registerSnapshotRequestRecord\",\"image\":\"AAAAAAAAAAAA\"}\n" 20000 log)
     file(WRITE ${WORK}/changed.jsonl "${log}")
 endif()
 if(DEFINED T_INSTALLED_FROM)
