@@ -68,6 +68,7 @@ void checkStep(const std::string& line, const CaptureStep& step) {
         FUZZ_CHECK(line.find_first_not_of(" \t\r") == std::string::npos);
         return;
     }
+    FUZZ_CHECK(line.find('\0') == std::string::npos);  // where the parser would stop reading
     const json object = json::parse(line, nullptr, false);
     FUZZ_CHECK(object.is_object());
     if (step.kind == CaptureStep::Kind::kSleep) {
