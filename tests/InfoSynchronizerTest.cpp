@@ -48,15 +48,6 @@ TEST_F(Synchronizers, ExecutorAsksAfreshAndKeepsTheLastAnswerPerKey) {
     EXPECT_STREQ(ask("a"), "");
 }
 
-TEST_F(Synchronizers, WhatTheServiceThrowsPassesAndChangesNothing) {
-    const char* first = ask("key");
-    doubles::onQuery = [](std::string&) -> std::string { throw std::runtime_error("gone"); };
-    EXPECT_THROW(ask("key"), std::runtime_error);
-    EXPECT_STREQ(first, "enabled");
-    EXPECT_THROW(manager.registerSnapshotRequestRecord("A"), std::runtime_error);
-    EXPECT_THROW(manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT), std::runtime_error);
-}
-
 TEST_F(Synchronizers, ManagerBuildsOnePerTypeAndOneThread) {
     std::promise<int> nice;
     InfoSynchronizerManager built;

@@ -53,8 +53,8 @@ void ThreadPool::addThread() {
     std::thread& thread = started[index];
     try {
         // The profiles are made here: on the worker, nobody could be told that memory has ended.
-        const std::vector<std::string> profiles{"SCHED_SP_BACKGROUND"};
-        thread = std::thread(&ThreadPool::loop, this, index, profiles);
+        thread = std::thread(&ThreadPool::loop, this, index,
+                             std::vector<std::string>{"SCHED_SP_BACKGROUND"});
     } catch (const std::system_error& error) {
         // The standard libraries word this differently.
         throw std::system_error(error.code(), "thread constructor failed");

@@ -21,11 +21,9 @@ std::string takeReceived() {
     return take != nullptr ? take() : "no raw overlap library";
 }
 
-const char kParams[] =
-        "21 A iso=0\n21 A lux=0.000000\n21 A face_detect=0\n21 A cam_mode=0\n21 A cam_id=7\n"
-        "21 A fstop=0.000000\n21 A zoom_ratio=0\n21 A exposure_time=0\n";
 const std::string kReport =
-        std::string(kParams) +
+        "21 A iso=0\n21 A lux=0.000000\n21 A face_detect=0\n21 A cam_mode=0\n21 A cam_id=7\n"
+        "21 A fstop=0.000000\n21 A zoom_ratio=0\n21 A exposure_time=0\n"
         "23 A { \"submit-request\":{\"pipeline_name\":\"A\",\"timestamp\":\"123\"}}\n"
         "24 A 1022 10000\n";
 
@@ -56,9 +54,6 @@ TEST(BinaryInterface, BareTableOfASynchronizerHasItsSlots) {
 TEST(BinaryInterface, OneManagerForAllBinaries) {
     EXPECT_EQ(managerOfBetween(), &InfoSynchronizerManager::getInstance());
     EXPECT_NE(GetInstance(), managerOfBetween());
-    InfoSynchronizerManager::getInstance().registerSnapshotRequestRecord("shared");
-    EXPECT_EQ(InfoSynchronizerManager::getInstance().mRequestRecordQueue->records.size(), 1U);
-    InfoSynchronizerManager::getInstance().unregisterSnapshotRequestRecord("shared");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <stdexcept>
 #include <utility>
 
 #include <android/log.h>
@@ -107,13 +108,22 @@ class Service final : public ServiceBase {
 
 class Instance final : public OverlapInstance {
   public:
-    void start() override { doubles::note("start"); }
+    void start() override { note("start"); }
     void* getObject(const char* name, int option) override {
-        doubles::note("getObject " + std::string(name), option);
+        note("getObject");
+        doubles::note(name, option);
         return doubles::service();
     }
 
   private:
+    // Throws in the operation that the environment names.
+    static void note(const char* operation) {
+        doubles::note(operation);
+        const char* failing = getenv("TEST_THROWS");
+        if (failing != nullptr && strcmp(failing, operation) == 0) {
+            throw std::runtime_error(operation);
+        }
+    }
     void reserved1() override {}
     void reserved2() override {}
     void reserved4() override {}

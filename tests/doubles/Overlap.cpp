@@ -1,43 +1,21 @@
-// An overlap library whose instance is given by the program that loads it; with NULL_INSTANCE none
-// is, and with THROWS it throws from its entry point (1), the instance's start (2) or its
-// getObject (3).
+// An overlap library whose instance is given by the program that loads it, or that has none, or
+// that throws something of its own.
 
 #include <cstdio>
 
-#include "IntentAwareSys.h"
-
-#if defined(THROWS)
-namespace {
-
+#if defined(NULL_INSTANCE)
+#define INSTANCE(options) nullptr
+#elif defined(THROWS)
 struct OfItsOwn {};  // a type that is gone once the library is closed
-
-class Instance final : public OverlapInstance {
-    void reserved1() override {}
-    void reserved2() override {}
-    void start() override { throwAt(2); }
-    void reserved4() override {}
-    void* getObject(const char* /*name*/, int /*option*/) override { return throwAt(3); }
-
-  public:
-    void* throwAt(int place) { return THROWS == place ? throw OfItsOwn() : this; }
-};
-
-}  // namespace
-
-extern "C" void* GetInstance(const unsigned char* /*options*/) {
-    static Instance instance;
-    return instance.throwAt(1);
-}
-#elif defined(NULL_INSTANCE)
-extern "C" void* GetInstance(const unsigned char* /*options*/) {
-    return nullptr;
-}
+#define INSTANCE(options) (throw OfItsOwn(), nullptr)
 #else
 extern "C" void* testOverlapInstance(const unsigned char* options);
-extern "C" void* GetInstance(const unsigned char* options) {
-    return testOverlapInstance(options);
-}
+#define INSTANCE(options) testOverlapInstance(options)
 #endif
+
+extern "C" void* GetInstance([[maybe_unused]] const unsigned char* options) {
+    return INSTANCE(options);
+}
 
 __attribute__((destructor)) static void close() {
     std::puts("the overlap library is closed");

@@ -5,10 +5,7 @@
 
 #include <InfoSynchronizerManager.h>
 
-using camInfosync::INFO_SYNC_TYPE_CMD;
-using camInfosync::INFO_SYNC_TYPE_COLLECT;
-using camInfosync::InfoSynchronizerManager;
-using camInfosync::RequestRecord;
+using namespace camInfosync;  // NOLINT(google-build-using-namespace)
 
 int main() {
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
