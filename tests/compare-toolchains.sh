@@ -30,7 +30,7 @@ play() {
 number=0
 for build in "$@"; do
     read -r -a command <<<"$build"
-    command[-1]=${command[-1]}/tools/infosync-replay
+    command[-1]=${command[-1]}/tools/replay/infosync-replay
     number=$((number + 1))
     mkdir "$work/$number"
     for scenario in scenarios/*.jsonl; do

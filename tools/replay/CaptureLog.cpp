@@ -26,11 +26,11 @@ template <typename Argument>
 using Kept = std::conditional_t<std::is_same_v<Argument, const char*>, ZeroTerminated, Argument>;
 
 template <typename Argument>
-Argument give(Kept<Argument>& kept) {
+Argument give(const Kept<Argument>& kept) {
     if constexpr (std::is_same_v<Argument, const char*>) {
         return kept.text.c_str();
     } else {
-        return std::move(kept);
+        return kept;
     }
 }
 
@@ -91,7 +91,7 @@ class Form {
         if constexpr (std::is_same_v<std::decay_t<decltype(std::get<0>(arguments))>, std::string>) {
             std::get<0>(arguments) += imageSuffix;  // the image name comes first
         }
-        return [operation, arguments = std::move(arguments)](InfoSynchronizerManager& m) mutable {
+        return [operation, arguments = std::move(arguments)](InfoSynchronizerManager& m) {
             (m.*operation)(give<Arguments>(std::get<I>(arguments))...);
         };
     }

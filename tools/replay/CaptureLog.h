@@ -22,7 +22,7 @@ struct CaptureStep {
     std::chrono::milliseconds sleep{0};
     std::string thread;    // of a call: the thread to run it on; empty is the main thread
     bool isFlush = false;  // of a call: makes the service receive a report
-    // Makes the call. To be run once, since it gives its arguments away.
+    // Makes the call, any number of times: each gets copies of the arguments.
     std::function<void(camInfosync::InfoSynchronizerManager&)> run;
 };
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Prints what the library takes: tools/size/run.sh BUILD-FOLDER [EMULATOR...]
+# Prints what the library takes: benchmarks/size/run.sh BUILD-FOLDER [EMULATOR...]
 # The reference of the load figures is the stand-in for the task-profile library, a shared
 # library of one function.
 set -euo pipefail
@@ -15,5 +15,5 @@ llvm-size "$library" | awk 'NR == 2 { print "text, data, bss: " $1 ", " $2 ", " 
 echo "dynamic relocations: $(llvm-readelf -rW "$library" | grep -c R_)"
 # A copy, since the stand-in itself is loaded already.
 cp "$build/platform/host/libprocessgroup.so" "$work/reference.so"
-INFOSYNC_HOST_ROOT=$work "$@" "$build/tools/size/infosync-load-probe" \
+INFOSYNC_HOST_ROOT=$work "$@" "$build/benchmarks/size/infosync-load-probe" \
     "$library" "$work/reference.so" 51
