@@ -77,9 +77,10 @@ TEST_F(Synchronizers, RequestsGoToTheTypesSynchronizer) {
     EXPECT_EQ(manager.mSynchronizers.size(), 3U);
     doubles::note("null arguments:");
     manager.request(INFO_SYNC_TYPE_CMD, kCommand, nullptr);
-    manager.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
     manager.request(INFO_SYNC_TYPE_COLLECT, nullptr, nullptr);
     EXPECT_EQ(out, before);
+    manager.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
+    EXPECT_EQ(out, nullptr);
     manager.request(INFO_SYNC_TYPE_CMD, kCommand, &out);
     EXPECT_STREQ(static_cast<const char*>(out), "enabled");
 }
