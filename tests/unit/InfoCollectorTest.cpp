@@ -71,9 +71,9 @@ TEST_F(Collector, NumbersAreTruncatedAndSaturated) {
           // as floats; halves of a millionth go to the even one
           -0.0, 0.0078125, -0.0234375, 1e-7, 6e-7, 999999.9375, -999999995904.0, 1000000061440.0}) {
         snapshot.lux = snapshot.zoomRatio = static_cast<float>(number);
-        algo.algoTimeA["n"] = number;
+        algo.algoTimeA["n"] = algo.algoTimeC["n"] = number;
         const std::vector<std::string> calls = report();
-        seen.push_back(calls.at(1) + " " + calls.at(6) + " " + calls.at(9));
+        seen.push_back(calls.at(1) + " " + calls.at(6) + " " + calls.at(9) + " " + calls.at(10));
     }
     // Without the lux: a NaN's sign is printed, and which one it has is the machine's.
     snapshot.zoomRatio = std::nanf("");

@@ -6,9 +6,9 @@
 namespace camInfosync {
 namespace {
 
-class SnapshotTime : public doubles::Test {
+class TimeStages : public doubles::Test {
   protected:
-    SnapshotTime() {
+    TimeStages() {
         doubles::stopClock(10, 900000000);
         manager.mRequestRecordQueue->emplace_back("IMG");
         doubles::takeJournal();
@@ -22,7 +22,7 @@ class SnapshotTime : public doubles::Test {
     InfoSynchronizerManager manager;
 };
 
-TEST_F(SnapshotTime, EachStageWritesItsKeys) {
+TEST_F(TimeStages, EachStageWritesItsKeys) {
     for (uint32_t i = 0; i <= 16; ++i) {
         const uint32_t stage = i < 16 ? i : UINT32_MAX;
         timeInfo().clear();
@@ -40,7 +40,7 @@ TEST_F(SnapshotTime, EachStageWritesItsKeys) {
     EXPECT_EQ(doubles::clockReads, 34);
 }
 
-TEST_F(SnapshotTime, IntervalHasNoBorrowAndWraps) {
+TEST_F(TimeStages, IntervalHasNoBorrowAndWraps) {
     const std::pair<timespec, int64_t> cases[] = {
             {{10, 900000000}, 0},
             {{11, 0}, 100},
@@ -59,7 +59,7 @@ TEST_F(SnapshotTime, IntervalHasNoBorrowAndWraps) {
     }
 }
 
-TEST_F(SnapshotTime, AnchorTimeIsComputedInDoubles) {
+TEST_F(TimeStages, AnchorTimeIsComputedInDoubles) {
     const std::pair<int64_t, int64_t> cases[] = {
             {1300, -100},
             {(1LL << 53) + 1, 1200 - (1LL << 53)},  // the post time loses its last bit
@@ -73,17 +73,26 @@ TEST_F(SnapshotTime, AnchorTimeIsComputedInDoubles) {
     }
 }
 
-TEST_F(SnapshotTime, ReadyValuesAreStoredAndLoggedInStageOrder) {
+TEST_F(TimeStages, ReadyValuesAreStoredAndLoggedInStageOrder) {
     timeInfo()["8getbuffer_from_fwk"] = 0;
-    manager.updateSnapshotTimeInfo("IMG", {{"10mock_request_from_fwk", -7},
-                                           {"2request_to_vendor", INT64_MAX},
-                                           {"8getbuffer_from_fwk", 42}});
+    std::map<std::string, int64_t> given{{"no stage", 5}, {"16", 6}};
+    for (const char* stage : TimeStageToChar) {
+        given[stage] = stage[0] == '3' ? INT64_MAX : -7 - static_cast<int64_t>(given.size());
+    }
+    manager.updateSnapshotTimeInfo("IMG", given);
     manager.updateSnapshotTimeInfo("IMG", std::map<std::string, int64_t>{});
     doubles::note("timeInfo", timeInfo());
     EXPECT_EQ(doubles::clockReads, 0);
 }
 
-TEST_F(SnapshotTime, UnknownImageIsWarnedAboutAfterTheClockWasRead) {
+TEST_F(TimeStages, ClockIsReadBeforeTheMutexIsTaken) {
+    doubles::locksOf(
+            &manager.mRequestRecordQueue->mutex,
+            [this] { manager.updateSnapshotTimeInfo("IMG", 1U); },
+            [] { EXPECT_EQ(doubles::clockReads, 1); });
+}
+
+TEST_F(TimeStages, UnknownImageIsWarnedAboutAfterTheClockWasRead) {
     manager.updateSnapshotTimeInfo("NONE", 14U);
     manager.updateSnapshotTimeInfo("NONE", UINT32_MAX);
     EXPECT_EQ(doubles::clockReads, 2);
