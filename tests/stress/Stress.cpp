@@ -2,6 +2,9 @@
 //
 //     infosync_stress [--snapshots N] [--flush-ms N] [--soak SECONDS]
 //
+// With INFOSYNC_HOST_PROPERTIES=persist.vendor.camera.infoSyncCollect.forceEnabled=1, since the
+// answers of the service change all the time and none of them switches collection on.
+//
 // With GLIBC_TUNABLES as kExactHeap has it, the C library's own count of the heap in use is checked
 // too; otherwise it includes what that library keeps for reuse.
 
@@ -14,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <iterator>
 #include <mutex>
@@ -40,7 +44,9 @@ constexpr int kThreads = 8;
 constexpr char kExactHeap[] =
         "glibc.malloc.tcache_count=0:glibc.pthread.stack_cache_size=268435456";
 
-int failures = 0;
+const std::string kAnswers[] = {"short", "an answer that no small string holds", ""};
+
+std::atomic<int> failures{0};
 
 void expect(bool holds, const char* what) {
     if (!holds && ++failures <= 20) {
@@ -66,7 +72,8 @@ class Service final : public ServiceBase {
         mReports.push_back(std::exchange(mReport, {}));
         mFlushing = false;
     }
-    std::string queryValue(std::string /*key*/) override { return "enabled"; }
+    // Another answer to each question: collection must be forced on.
+    std::string queryValue(std::string /*key*/) override { return kAnswers[mNext++ % 3]; }
 
     int mFlushMs = 0;
     std::atomic<bool> mFlushing{false};
@@ -74,6 +81,7 @@ class Service final : public ServiceBase {
     std::vector<std::string> mReports;  // guarded by mMutex
 
   private:
+    std::atomic<size_t> mNext{0};
     static thread_local std::string mReport;  // being received
 };
 thread_local std::string Service::mReport;
@@ -81,7 +89,12 @@ Service service;
 
 // The sums of a round.
 struct Totals {
-    Totals() { pthread_barrier_init(&mStart, nullptr, kThreads + 2); }
+    Totals() {
+        pthread_barrier_init(&mStart, nullptr, kThreads + 2);
+        for (int i = 0; i < 100; ++i) {
+            executors.emplace_back(INFO_SYNC_TYPE_CMD);
+        }
+    }
     ~Totals() { pthread_barrier_destroy(&mStart); }
     Totals(const Totals&) = delete;
     Totals& operator=(const Totals&) = delete;
@@ -95,6 +108,7 @@ struct Totals {
         pthread_barrier_wait(&mStart);
     }
 
+    std::deque<CmdExecutor> executors;  // that nobody has asked before the round
     std::mutex mutex;
     std::vector<std::string> marks;  // the image of each error put in; guarded by mutex
     std::atomic<int> residentFlushes{0};
@@ -240,8 +254,26 @@ void checkLanded(const std::string& name, size_t errors) {
            "each update has landed in the record");
 }
 
+// Asks each executor for a key that all threads ask for, and for one of this thread's own. What is
+// returned must be one of the answers, and still the same at the end.
+void ask(std::deque<CmdExecutor>& executors, int thread) {
+    std::vector<std::pair<const char*, std::string>> returned;
+    for (CmdExecutor& executor : executors) {
+        for (const std::string& key : {std::string("shared"), std::to_string(thread)}) {
+            const auto* text = static_cast<const char*>(executor.requestCmd(key.c_str()));
+            returned.emplace_back(text, text);
+        }
+    }
+    for (const auto& [text, before] : returned) {
+        expect(std::find(std::begin(kAnswers), std::end(kAnswers), before) != std::end(kAnswers),
+               "what is returned is an answer");
+        expect(text == before, "what was returned stays as it is");
+    }
+}
+
 void leadLives(Totals& totals, int thread, int count) {
     totals.waitForAll();
+    ask(totals.executors, thread);
     std::vector<std::string> marks;
     for (int i = 0; i < count; ++i) {
         const std::string own = ownName(thread, i);

@@ -59,9 +59,12 @@ void stampStages() {
 void useTheSwitch() {
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
     auto& records = manager.mRequestRecordQueue->records;
-    for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled"}) {
+    for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled", "zero"}) {
         int queries = 0;
-        doubles::onQuery = [&](const std::string&) { return ++queries, answer; };
+        doubles::onQuery = [&](const std::string&) {
+            ++queries;
+            return answer == "zero" ? std::string("enabled\0x", 9) : answer;
+        };
         manager.registerSnapshotRequestRecord("A");
         const size_t registered = records.size();
         manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT_ALT);

@@ -34,7 +34,7 @@ class Collector : public doubles::Test {
 };
 
 TEST_F(Collector, ReportsEverythingInItsOrder) {
-    record.frameInfo = {7, "123", {4294967295U, 5}, 9, "IMG_1"};
+    record.frameInfo = {7, "123", {4294967295U, 5}, 9, "IMG_%s%n"};
     record.errorInfo = {"not reported"};
     snapshot.timeInfo = {{"not reported", 1}};
     snapshot.iso = -100;
@@ -53,6 +53,19 @@ TEST_F(Collector, ReportsEverythingInItsOrder) {
 TEST_F(Collector, WithoutCamerasOneFieldIsMinusOneAndTheOtherEmpty) {
     algo.algoTimeA = {{"q\"\\", 0.0}};  // goes out as it is, also where that is no JSON
     collector.requestInfo(&record);
+}
+
+TEST_F(Collector, TextsAreNeverInterpreted) {
+    const std::string text = std::string(1 << 20, 'x') + std::string("\0%s%n\xff\xc3(\"\\", 10);
+    record.frameInfo.imageName = record.frameInfo.timestamp = text;
+    algo.algoTimeA = algo.algoTimeC = {{text, 1.0}};
+    const std::vector<std::string> calls = report();
+    const std::string name = R"({"pipeline_name":")" + text + R"(","timestamp":")";
+    const std::string node = "reportEvent(" + text + R"(, {")" + text + "\":" + name;
+    EXPECT_EQ(calls.at(8),
+              "reportEvent(" + text + R"(, { "submit-request":)" + name + text + R"("}}))");
+    EXPECT_EQ(calls.at(9), node + R"(1","cam_id":"","node_stage":"0"}}))");
+    EXPECT_EQ(calls.at(10), node + R"(1","cam_id":"","node_stage":"2"}}))");
 }
 
 TEST_F(Collector, WithoutAServiceTheReportIsStillLogged) {

@@ -59,8 +59,8 @@ TEST_F(Manager, SwitchDecidesEveryOperationThatItSwitches) {
     };
     for (const auto& [environment, supported, forced, service] : settings) {
         std::vector<std::string> expected;
-        for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled"}) {
-            const std::string value = service ? answer : "";
+        for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled", "zero"}) {
+            const std::string value = !service ? "" : answer == "zero" ? "enabled" : answer;
             const bool enabled = forced || value == "enabled";
             const bool on = supported && enabled;
             const auto flag = [](bool is) { return is ? "1" : "0"; };
@@ -298,7 +298,7 @@ class RecordUpdate : public doubles::Test {
 TEST_F(RecordUpdate, WritesItsFieldsToTheOneRecordFound) {
     for (const Update& update : updates) {
         doubles::note("== " + std::string(update.text));
-        update.run(manager, "NONE");
+        update.run(manager, "NONE%s");
         doubles::note("--");
         update.run(manager, "IMG");
         noteAll();
@@ -309,7 +309,7 @@ TEST_F(RecordUpdate, WritesItsFieldsToTheOneRecordFound) {
 TEST_F(RecordUpdate, PassesTheMutexOnceBeforeHoldingIt) {
     std::map<int, int> totals;
     for (const Update& update : updates) {
-        const int locks = doubles::locksOf(&queue.mutex, [&] { update.run(manager, "NONE"); });
+        const int locks = doubles::locksOf(&queue.mutex, [&] { update.run(manager, "NONE%s"); });
         totals[locks] += 1;
     }
     doubles::takeJournal();

@@ -1,4 +1,4 @@
-// What a record holds before its first update, and the texts of the codes.
+// What a record holds before its first update.
 
 #include <cstring>
 #include <new>
@@ -32,25 +32,6 @@ TEST_F(Record, StartsStampedAndEmptyWhateverTheMemoryHeld) {
               std::tie(reqValueA, reqValueB, anchorFrame, flag, value64));
     EXPECT_TRUE(idsA.empty() && ids.empty() && info.timeInfo.empty());
     record->~RequestRecord();
-}
-
-TEST_F(Record, CodesHaveTheirTexts) {
-    const auto joined = [](const auto& table) {
-        std::string texts;
-        for (const char* text : table) {
-            texts += std::string(text) + ' ';
-        }
-        return texts;
-    };
-    EXPECT_EQ(joined(TimeStageToChar),
-              "1request_to_zuhal 2request_to_vendor 3result_from_vendor 4result_to_fwk "
-              "5request_to_post 6request_to_algo 7anchor_time 8getbuffer_from_fwk "
-              "9mock_config_from_fwk 10mock_request_from_fwk 11mock_result_to_fwk "
-              "12post_proc_time 13shot_2_shot 14shot_2_gallery 15shot_2_view ");
-    EXPECT_EQ(joined(NodeProcInfoToChar),
-              "OK GetInputError GetOutputError FlushTask NodeProcessError ");
-    EXPECT_EQ(joined(ResultErrorCodeToChar),
-              "error_none error_device error_request error_result error_buffer ");
 }
 
 }  // namespace

@@ -36,20 +36,5 @@ TEST_F(UpdateRules, VendorResultOverwritesEarlierOnesUntilAllAreSeen) {
     }
 }
 
-TEST_F(UpdateRules, AlgorithmsThatAreKnownKeepTheirValues) {
-    manager.updateNodeProcTime("IMG", "m", 1.0, 2.0, 3.0);
-    manager.updateNodeProcState("IMG", "m", 4);
-    doubles::takeJournal();
-    manager.updateZuAlgoInfo("IMG", std::vector<std::string>{"z:more", "m:4", "a", "m"});
-    const auto& [list, timeA, timeB, timeC, state] = info().zuAlgoInfo;
-    EXPECT_EQ(list, (std::vector<std::string>{"z:more", "m:4", "a", "m"}));
-    EXPECT_EQ(timeA, (std::map<std::string, double>{{"a", 0.0}, {"m", 1.0}, {"z", 0.0}}));
-    EXPECT_EQ(timeB, (std::map<std::string, double>{{"a", 0.0}, {"m", 2.0}, {"z", 0.0}}));
-    EXPECT_EQ(timeC, (std::map<std::string, double>{{"m", 3.0}}));
-    EXPECT_EQ(state, (std::map<std::string, std::string>{
-                             {"a", "none"}, {"m", "NodeProcessError"}, {"z", "none"}}));
-    doubles::takeJournal();
-}
-
 }  // namespace
 }  // namespace camInfosync
