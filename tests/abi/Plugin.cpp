@@ -1,4 +1,6 @@
-// A shared object that stands between a program and the library, as a HAL's plug-in does.
+// A HAL's plug-in: a shared object between a program and the library.
+
+#include "Plugin.h"
 
 #include "InfoSynchronizerManager.h"
 
@@ -6,12 +8,12 @@ using camInfosync::InfoSynchronizerManager;
 
 extern "C" {
 
-INFOSYNC_EXPORT void* managerOfBetween() {
+INFOSYNC_EXPORT void* managerOfPlugin() {
     return &InfoSynchronizerManager::getInstance();
 }
 
-// Registers through this object's own view of the manager, and flushes inside the library.
-INFOSYNC_EXPORT void reportThroughBetween(const char* imageName) {
+// Registers through the plug-in's own view of the manager, and flushes inside the library.
+INFOSYNC_EXPORT void reportThroughPlugin(const char* imageName) {
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
     manager.registerSnapshotRequestRecord(imageName);
     manager.updateFrameInfo(imageName, 1, "123", {7}, 0);
