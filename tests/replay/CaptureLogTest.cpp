@@ -37,20 +37,20 @@ TEST(CaptureLine, SaysWhatIsWrongAndWhere) {
             {" \t\r", ""},
             {"{\"barrier\":true}\r", ""},
             {"{}", "call: is missing"},
-            {std::string("{\"barrier\":true}\0{", 18), "line: holds a zero byte"},
+            {std::string("{\"barrier\":true}\0{", 18), "line: contains a zero byte"},
             {R"({"sleepMs":60000})", ""},
             {R"({"sleepMs":60001})", "sleepMs: must be a whole number from 0 to 60000"},
             {R"({"sleepMs":-1})", "sleepMs: must be a whole number from 0 to 60000"},
             {"null", "line: must be an object"},
             {"\"\xff",
-             "line: is no JSON at column 2: syntax error while parsing value - "
+             "line: is not valid JSON at column 2: syntax error while parsing value - "
              "invalid string: ill-formed UTF-8 byte; last read: '\"\\xff'"},
             {R"({"barrier":1})", "barrier: must be true"},
-            {R"({"barrier":true,"thread":"a"})", "thread: cannot stand beside barrier"},
+            {R"({"barrier":true,"thread":"a"})", "thread: cannot be given together with barrier"},
             {R"({"call":"a","\u001b":1,"\u001b":2})", "\\x1b: is given twice"},
             {R"({"a":{"b":1},"c":{"b":{"b":1,"b":2}}})", "b: is given twice"},
             {std::string(8, '[') + std::string(8, ']'), "line: must be an object"},
-            {std::string(9, '['), "line: is nested deeper than 8"},
+            {std::string(9, '['), "line: is nested more than 8 levels deep"},
             {call("updateAnchorFrame", R"("anchorFrame":2147483648)"), "anchorFrame: " + int32},
             {call("updateAnchorFrame", R"("anchorFrame":-2147483649)"), "anchorFrame: " + int32},
             {call("updateAnchorFrame", R"("anchorFrame":-2147483648)"), ""},
@@ -59,13 +59,14 @@ TEST(CaptureLine, SaysWhatIsWrongAndWhere) {
             {call("updateAnchorFrame", R"("anchorFrame":1,"thread":"")"),
              "thread: must not be empty"},
             {call("updateFrameInfo", R"("frameNumber":-1,"timestamp":7,"camIds":[0,"1"])"),
-             "frameNumber: must be a whole number from 0 to 4294967295; timestamp: must be a text; "
+             "frameNumber: must be a whole number from 0 to 4294967295; timestamp: must be a "
+             "string; "
              "camIds[1]: must be a whole number from 0 to 4294967295; frameExtra: is missing"},
             {call("updateSnapshotErrorInfo", R"("text":"a\u0000")"),
-             "text: must not hold a zero character"},
+             "text: must not contain a zero character"},
             {call("updateVndResultInfo", R"("vendorResultInfo":{"1":"a","01":"b","1x":"c"})"),
-             "vendorResultInfo.1: stands for a number that was given before; "
-             "vendorResultInfo.1x: must have a 32-bit whole number as its name"},
+             "vendorResultInfo.1: is the same number as an earlier name; "
+             "vendorResultInfo.1x: must be named by a whole number from -2147483648 to 2147483647"},
             {call("updateVndResultInfo", R"("vendorResultInfo":{},"errorCode":0)"),
              "vendorResultInfo: is not a field of this call; resultId: is missing"},
             {call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoTimeA":{"n":"1"},"algoTimeD":{}})"),
