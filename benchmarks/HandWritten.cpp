@@ -3,7 +3,6 @@
 // JSON library, log lines by a log library and switched off at run time. A report is sent from one
 // copy of the record, with the mutex released. Every operation finds its record by its key.
 
-#define INFOSYNC_MANAGER_SOURCE
 #include "InfoSynchronizerManager.h"
 
 #include <iterator>
@@ -121,6 +120,11 @@ IntentAwareSys* InfoSynchronizer::mIntentAwareImpl =
 
 M::InfoSynchronizerManager() = default;
 M::~InfoSynchronizerManager() = default;
+
+M& M::getInstance() {
+    static M instance;
+    return instance;
+}
 
 void M::request(InfoSyncType type, const void* in, void** out) {
     if (type == INFO_SYNC_TYPE_CMD) {

@@ -98,7 +98,7 @@ count_instructions() {
     local few=100 many=300 least most
     mapfile -t least < <(count_once "$1" "$3" $few)
     mapfile -t most < <(count_once "$1" "$3" $many)
-    [ ${#least[@]} -eq 2 ] && [ ${#most[@]} -eq 2 ] || die "no instructions of $3 with $1"
+    [ "${#least[@]} ${#most[@]}" = "2 2" ] || die "no instructions of $3 with $1"
     echo "$2 $(((most[1] - least[1]) / (many - few))) $(((most[0] - least[0]) / (many - few)))"
 }
 
@@ -119,7 +119,7 @@ compare_loads() {
         "$(folder_of "$reference")/libcaminfosync.so" "$1"
 }
 
-report() { benchmarks/report.py "$@" "$results"; }
+report() { benchmarks/report.py --names "$libraries" "$results" || die "failed"; }
 
 # The names of all benchmarks that were asked for, to see that none is missing.
 expected() {
@@ -144,24 +144,24 @@ case $mode in
 smoke)
     run_rounds 1 "$libraries" --benchmark_min_time=0
     expected >"$results/expected"
-    report --names "$libraries" >"$results/table.txt"
+    report >"$results/table.txt"
     compare_loads 1 >>"$results/table.txt"
     say "$(wc -l <"$results/expected") benchmarks ran once with each library, without a fault"
     ;;
 instructions)
     count_all "$libraries" operation/command
-    report --names "$libraries"
+    report
     ;;
 without)
     run_rounds 11 "$libraries" --benchmark_min_time=0.05 --benchmark_filter='^lifecycle'
     count_all "$libraries"
-    report --names "$libraries"
+    report
     ;;
 full)
     run_rounds 15 "$libraries" --benchmark_min_time=0.05
     expected >"$results/expected"
     count_all "$libraries" operation/command
-    report --names "$libraries"
+    report
     compare_loads 51
     ;;
 esac

@@ -11,7 +11,7 @@ copy() { rm -rf "$2" && cp -R "$1" "$2"; }
 copy "$from" "$to"
 for script in "$@"; do
     copy "$to" "$to.before"
-    find "$to" -name '*.cpp' -o -name '*.h' | xargs sed -E -i -f "$script"
+    find "$to" -name '*.[ch]*' -type f -exec sed -E -i -f "$script" {} +
     if diff -rq "$to.before" "$to" >/dev/null; then
         echo "$script: matches nothing in $from" >&2
         rm -rf "$to"
