@@ -1,7 +1,7 @@
-// Replaces operator new in a benchmark program, and in the libraries that it loads, by one that
+// Replaces operator new in the benchmarks, and in the libraries that they load, by one that
 // counts.
 
-#include "Allocations.h"
+#include "CountedState.h"
 
 #include <cstdlib>
 #include <new>
@@ -11,10 +11,6 @@ namespace {
 thread_local Allocations counted{};
 
 }  // namespace
-
-Allocations allocations() {
-    return counted;
-}
 
 void* operator new(size_t size) {
     ++counted.count;
@@ -32,4 +28,8 @@ void operator delete(void* memory) noexcept {
 
 void operator delete(void* memory, size_t /*size*/) noexcept {
     std::free(memory);
+}
+
+Allocations allocations() {
+    return counted;
 }
