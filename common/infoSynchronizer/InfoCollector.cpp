@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include <android/log.h>
-
+#include "InfoSyncType.h"
+#include "InfoSynchronizer.h"
 #include "IntentAwareSys.h"
 #include "Log.h"
 #include "LogSites.h"

@@ -1,9 +1,11 @@
 #include "InfoSynchronizer.h"
 
+#include <atomic>
+#include <mutex>
+#include <string>
 #include <utility>
 
-#include <android/log.h>
-
+#include "InfoSyncType.h"
 #include "IntentAwareSys.h"
 #include "Log.h"
 #include "LogSites.h"

@@ -7,7 +7,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +18,7 @@
 #include "LogSites.h"
 #include "QueueAccess.h"
 #include "QueueGuard.h"
+#include "ThreadAnnotations.h"
 #include "TimeStages.h"
 #include "UpdateRules.h"
 

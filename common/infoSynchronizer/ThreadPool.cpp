@@ -4,16 +4,23 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
+#include <functional>
+#include <map>
+#include <mutex>
 #include <numeric>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include <processgroup/processgroup.h>
 
 #include "Log.h"
+#include "LogSites.h"
+#include "ThreadAnnotations.h"
 
 namespace camInfosync {
 namespace {

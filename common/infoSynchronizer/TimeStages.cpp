@@ -1,6 +1,11 @@
 #include "TimeStages.h"
 
+#include <time.h>
+
+#include <cstdint>
 #include <iterator>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "RequestRecord.h"

@@ -1,7 +1,12 @@
 #include "UpdateRules.h"
 
+#include <cstdint>
 #include <map>
+#include <string>
 #include <utility>
+#include <vector>
+
+#include "RequestRecord.h"
 
 namespace camInfosync {
 namespace {
