@@ -83,15 +83,6 @@ void useLate() {
     useAll("early");
 }
 
-template <bool Loaded>
-void useService() {
-    expect((camInfosync::InfoSynchronizer::mIntentAwareImpl != nullptr) == Loaded);
-    void* answer = nullptr;
-    manager().request(camInfosync::INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &answer);
-    expect(std::strcmp(static_cast<const char*>(answer), Loaded ? "enabled" : "") == 0);
-    useAll("image");
-}
-
 // The accessors build their managers once there is memory.
 void endMemory() {
     for (auto* accessor : {+[]() -> void* { return &manager(); }, &GetInstance}) {
@@ -140,8 +131,6 @@ int main(int argc, char** argv) {
             {"records", leaveRecords},
             {"tasks", leaveTasks},
             {"late", useLate},
-            {"with-service", useService<true>},
-            {"without-service", useService<false>},
             {"memory", endMemory},
             {"limits", limitMemory},
     };

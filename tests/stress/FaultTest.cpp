@@ -200,34 +200,22 @@ TEST_F(Fault, EveryOperationSurvivesTheEndOfMemory) {
 TEST_F(Fault, ServiceMayThrowFromEachCall) {
     registerImage();
     // Eight parameters, the submit event, one node's two events, the closing call.
-    for (int last = 1; last <= 13; ++last) {
+    for (int last = 1; last <= 12; ++last) {
         int calls = 0;
         service.onCall = [&](const std::string&) {
             if (++calls == last) {
                 throw std::runtime_error("service");
             }
         };
-        if (last <= 12) {
-            EXPECT_THROW(flush(), std::runtime_error) << last;
-        } else {
-            flush();
-        }
-        EXPECT_EQ(calls, std::min(last, 12));
+        EXPECT_THROW(flush(), std::runtime_error) << last;
+        EXPECT_EQ(calls, last);
         EXPECT_TRUE(mutexIsFree());
         expectUnharmed();
     }
-    const auto record = queue().records.at(kImage);
-    for (const InfoSyncType type : {INFO_SYNC_TYPE_COLLECT, INFO_SYNC_TYPE_COLLECT_ALT}) {
-        service.onCall = [](const std::string&) { throw std::runtime_error("service"); };
-        EXPECT_THROW(manager().request(type, record.get(), nullptr), std::runtime_error);
-    }
-    void* out = nullptr;
-    manager().request(INFO_SYNC_TYPE_CMD, "key", &out);
     service.onQuery = []() -> std::string { throw std::runtime_error("service"); };
-    void* const before = out;
+    void* out = this;
     EXPECT_THROW(manager().request(INFO_SYNC_TYPE_CMD, "key", &out), std::runtime_error);
-    EXPECT_EQ(out, before);
-    EXPECT_STREQ(static_cast<const char*>(out), "enabled");  // the answer kept is unchanged
+    EXPECT_EQ(out, this);
     EXPECT_THROW(manager().registerSnapshotRequestRecord("other"), std::runtime_error);
     EXPECT_THROW(manager().unregisterSnapshotRequestRecord(kImage), std::runtime_error);
     EXPECT_THROW(flush(), std::runtime_error);
