@@ -6,6 +6,7 @@ import os
 import pathlib
 import pty
 import re
+import resource
 import shutil
 import subprocess
 import sys
@@ -43,15 +44,20 @@ def anchor(image, iso, **fields):
     return call("updateAnchor3aInfo", image, fstop=1, iso=iso, lux=1, exposureTime=1, **fields)
 
 
-def slow_calls(thread, between=lambda number: []):
+def slow_calls(thread, between=lambda number: [], ids=20_000):
     """Each result takes the thread so long that calls queue up behind it."""
     lines = [register("slow", thread=thread),
              call("updateRequestInfo", "slow", reqValueA=0, reqValueB=0, reqFlag=False,
-                  reqValue64=0, reqIdsA=[], expectedResultIds=[1] * 20000, thread=thread)]
+                  reqValue64=0, reqIdsA=[], expectedResultIds=[1] * ids, thread=thread)]
     for number in range(1, 41):
         lines.append(call("updateVndResultInfo", "slow", resultId=1, errorCode=0, thread=thread))
         lines += between(number)
     return lines
+
+
+def limit(resource_kind, value):
+    """For run_tool: a limit to what the tool may use."""
+    return {"preexec_fn": lambda: resource.setrlimit(resource_kind, (value, value))}
 
 
 class ReplayTest(unittest.TestCase):

@@ -1,8 +1,6 @@
 """End-to-end tests of infosync-replay: replay_test.py Class.test_name COMMAND...
 
-COMMAND is the tool, with an emulator in front of it if it needs one. Where the format is the
-point, outputs are compared with the files in expected/.
-"""
+COMMAND is the tool, behind an emulator if it needs one. expected/ holds what formats are like."""
 
 import json
 import os
@@ -14,9 +12,9 @@ import time
 import unittest
 
 from replay_case import (COMMAND, HERE, SECONDS, ReplayTest, anchor, call, fail, flush, frame,
-                         register, slow_calls)
+                         limit, register, slow_calls)
 
-LONGEST_LINE = 1048576
+LONGEST_LINE = 1_048_576
 FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
 
 
@@ -71,9 +69,8 @@ class Reports(ReplayTest):
         for count, more in ((10, ""), (12, ", ... and 2 more")):
             lines = [line(name) for name in names[:count] for line in (register, fail)]
             self.run_tool(self.write(*lines, fail("03")))
-            shown = names[:10]
-            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("records left"))
-            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in shown]
+            self.assertEqual(f"{count}: {', '.join(names[:10])}{more}", self.total("records left"))
+            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in names[:10]]
             self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("failed images"))
 
     def test_unprintable_names_in_totals(self):
@@ -119,11 +116,9 @@ class Options(ReplayTest):
         self.assertEqual('off: the service answers ""',
                          self.collection("--answer", "", INFOSYNC_HOST_ANSWER="no"))
 
-    def test_forced(self):
+    def test_properties(self):
         self.run_tool("plain-shot.jsonl", "--answer", "disabled", "--property", FORCED + "=1")
         self.expect("forced.txt", self.out)
-
-    def test_several_properties(self):
         forced = "on: forced by " + FORCED
         self.assertEqual(forced, self.collection("--property", FORCED + "=1",
                                                  "--property", "empty=", "--property", "a=b c"))
@@ -139,7 +134,7 @@ class Options(ReplayTest):
         self.expect_calls("plain-shot.calls.jsonl")
 
     def test_log_level(self):
-        log = self.write(*[register("A")] * 2)
+        log = self.write(register("A"), register("A"))
         for options, letters in (([], "W"), (["debug"], "IW"), (["info"], "IW"), (["warn"], "W"),
                                  (["error"], ""), (["silent"], "")):
             self.run_tool(log, *["--log-level"] * len(options), *options)
@@ -221,6 +216,13 @@ class Threads(ReplayTest):
         self.assertEqual(("1200", "400", "4000"), (self.total("calls made"),
                          self.total("flush calls"), self.total("service calls")))
 
+    def test_limited_waiting_calls(self):
+        """What waits for a slow thread takes no more memory than is allowed for it."""
+        lines = [call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000, thread="t")] * 300
+        self.run_tool(self.write(*slow_calls("t", ids=200_000), *lines), "--log-level", "error",
+                      **limit(resource.RLIMIT_AS, 250_000_000))
+        self.assertEqual("342", self.total("calls made"))
+
     def test_many_threads(self):
         names = [str(number) for number in range(1, 65)]
         log = self.write(*[register("A", thread=name) for name in [*names, *names]])
@@ -275,15 +277,13 @@ class Refused(ReplayTest):
                     says="log.jsonl:2: line: is longer than 1048576 bytes\n"
                     "log.jsonl:3: call: is missing\n")
 
-    def test_long_line(self, **limit):
-        self.refuse(self.write("[" * 67108864, "", "{}"), **limit,
+    def test_long_line(self, **memory):
+        self.refuse(self.write("[" * 67108864, "", "{}"), **memory,
                     says="log.jsonl:1: line: is longer than 1048576 bytes\n"
                     "log.jsonl:3: call: is missing\n")
 
     def test_limited_long_line(self):
-        """Not for the sanitizers and the emulator, which need memory of their own."""
-        memory = (60000 * 1024,) * 2
-        self.test_long_line(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, memory))
+        self.test_long_line(**limit(resource.RLIMIT_AS, 60_000_000))
 
     def test_unreadable_log(self):
         self.refuse("absent.jsonl", says="absent.jsonl: cannot open: No such file")
@@ -295,7 +295,7 @@ class Refused(ReplayTest):
     def test_no_room_for_standard_input(self):
         for size in (10, 1000000):
             self.refuse("-", stdin=b"\n" * size, restore_signals=False,  # SIGXFSZ stays ignored
-                        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0)),
+                        **limit(resource.RLIMIT_FSIZE, 0),
                         says="standard input: cannot write the temporary file: File too large")
 
 
@@ -365,8 +365,7 @@ class ChangedLogs(ReplayTest):
 
 
 class ProgressBar(ReplayTest):
-    """The log takes more than a second, and the bar is looked at every 256 lines: at the 212th
-    of the first round and the 168th of the second."""
+    """The bar is looked at every 256 lines: the 212th of the first round, the 168th of the next."""
 
     def draw(self, *options, **streams):
         log = self.write('{"sleepMs":1200}', *["             "] * 299)
