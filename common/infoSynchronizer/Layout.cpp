@@ -1,12 +1,12 @@
 // Pins the layout of the types that callers build, read or hand over by value, for the
 // phone's C++ library. A caller that was compiled against other numbers reads wrong fields.
 
-#include <cstddef>
+#include <cstddef>  // IWYU pragma: keep - any header says which C++ library it is
+
+#if defined(_LIBCPP_VERSION) && defined(__LP64__)
 
 #include "RequestRecord.h"
 #include "RequestRecordQueue.h"
-
-#if defined(_LIBCPP_VERSION) && defined(__LP64__)
 
 namespace camInfosync {
 namespace {

@@ -1,5 +1,7 @@
 #include "RequestRecord.h"
 
+#include <time.h>
+
 namespace camInfosync {
 
 // Deliberate: the leading number, which is the index plus 1, is part of each text.

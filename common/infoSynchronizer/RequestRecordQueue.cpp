@@ -1,8 +1,13 @@
 #include "RequestRecordQueue.h"
 
+#include <memory>
+#include <mutex>
+#include <string>
 #include <utility>
 
 #include "Log.h"
+#include "LogSites.h"
+#include "RequestRecord.h"
 
 namespace camInfosync {
 namespace {

@@ -24,4 +24,5 @@ inline constexpr char kOverlapServicePath[] = "/vendor/lib64/com.veltro.camhal.o
 // Moves the calls received so far into `calls`, in the order of their arrival, and forgets
 // them. From any thread.
 using TakeServiceCalls = void(std::vector<ServiceCall>* calls);
+extern "C" TakeServiceCalls infosyncTakeServiceCalls;
 inline constexpr char kTakeServiceCalls[] = "infosyncTakeServiceCalls";

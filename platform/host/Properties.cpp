@@ -1,9 +1,13 @@
 // The property store of libcutils: "build.prop" in the host root, with the environment's
-// INFOSYNC_HOST_PROPERTIES, a text of the same format, laid over it.
+// INFOSYNC_HOST_PROPERTIES, a text of the same format, laid over it. If there is neither, one
+// line on standard error says so.
 
 #include <cutils/properties.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <functional>
+#include <iostream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -39,11 +43,15 @@ void readInto(Properties& properties, std::istream& stream) {
 
 Properties readProperties() {
     Properties properties;
-    std::ifstream file(hostRoot() + "/build.prop");
+    const std::string path = hostRoot() + "/build.prop";
+    std::ifstream file(path);
     readInto(properties, file);
     if (const char* overlay = std::getenv("INFOSYNC_HOST_PROPERTIES"); overlay != nullptr) {
         std::istringstream stream(overlay);
         readInto(properties, stream);
+    } else if (!file.is_open()) {
+        std::cerr << "no properties found: \"" << path << "\" cannot be read and "
+                  << "INFOSYNC_HOST_PROPERTIES is not set; each property has its default\n";
     }
     return properties;
 }

@@ -1,4 +1,4 @@
-// What every service off the phone has in common: the slots that this library does not use.
+// What every service at a desk has in common: the slots that this library does not use.
 
 #pragma once
 

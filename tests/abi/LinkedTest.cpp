@@ -7,17 +7,17 @@
 #include <gtest/gtest.h>
 
 #include "InfoSynchronizerManager.h"
+#include "Plugin.h"
+#include "RawOverlap.h"
 
 void rawRequestInfo(void* object, const void* in);
 void* rawRequestCmd(void* object, const void* in);
-extern "C" void* managerOfBetween();
-extern "C" void reportThroughBetween(const char* imageName);
 
 namespace camInfosync {
 namespace {
 
 std::string takeReceived() {
-    auto* take = reinterpret_cast<const char* (*)()>(dlsym(RTLD_DEFAULT, "takeReceived"));
+    auto* take = reinterpret_cast<TakeReceived*>(dlsym(RTLD_DEFAULT, "takeReceived"));
     return take != nullptr ? take() : "no raw overlap library";
 }
 
@@ -29,7 +29,7 @@ const std::string kReport =
 
 TEST(BinaryInterface, LibraryCallsTheSlotsOfBareTables) {
     EXPECT_EQ(takeReceived(), "options 1 1 1 1 1 0 0 0 0 0 0 0 0\n3\n5 IntentAwareSys 0\n");
-    reportThroughBetween("A");
+    reportThroughPlugin("A");
     EXPECT_EQ(takeReceived(), kReport);
 }
 
@@ -52,8 +52,8 @@ TEST(BinaryInterface, BareTableOfASynchronizerHasItsSlots) {
 }
 
 TEST(BinaryInterface, OneManagerForAllBinaries) {
-    EXPECT_EQ(managerOfBetween(), &InfoSynchronizerManager::getInstance());
-    EXPECT_NE(GetInstance(), managerOfBetween());
+    EXPECT_EQ(managerOfPlugin(), &InfoSynchronizerManager::getInstance());
+    EXPECT_NE(GetInstance(), managerOfPlugin());
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 // The interface as a program sees it that loads the library with local scope, and uses it
-// through further shared objects.
+// through plug-ins.
 
 #include <dlfcn.h>
 
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "Plugin.h"
+#include "RawOverlap.h"
 
 namespace {
 
@@ -23,14 +26,14 @@ TEST(BinaryInterface, OneManagerWithLocalScope) {
             find<void*()>(library, "_ZN11camInfosync23InfoSynchronizerManager11getInstanceEv")();
     void* overlap = dlopen(OVERLAP, RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(overlap, nullptr) << dlerror();
-    auto* takeReceived = find<const char*()>(overlap, "takeReceived");
+    auto* takeReceived = find<TakeReceived>(overlap, "takeReceived");
 
-    for (const char* path : {BETWEEN_DEFAULT, BETWEEN_HIDDEN}) {
-        void* between = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(between, nullptr) << dlerror();
-        EXPECT_EQ(find<void*()>(between, "managerOfBetween")(), own) << path;
+    for (const char* path : {PLUGIN_DEFAULT, PLUGIN_HIDDEN}) {
+        void* plugin = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(plugin, nullptr) << dlerror();
+        EXPECT_EQ(find<ManagerOfPlugin>(plugin, "managerOfPlugin")(), own) << path;
         takeReceived();
-        find<void(const char*)>(between, "reportThroughBetween")("A");
+        find<ReportThroughPlugin>(plugin, "reportThroughPlugin")("A");
         EXPECT_NE(std::string(takeReceived()).find("24 A 1022 10000"), std::string::npos) << path;
     }
 }

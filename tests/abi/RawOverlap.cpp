@@ -1,5 +1,7 @@
 // An overlap library made of bare tables of function pointers. It shares no declaration with
-// the project: what the library calls is found by slot alone.
+// the library: what the library calls is found by slot alone.
+
+#include "RawOverlap.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -81,7 +83,6 @@ Object* GetInstance(const unsigned char* options) {
     return &instance;
 }
 
-// Hands over what was received since the last call.
 const char* takeReceived() {
     static std::string taken;
     taken.swap(received);

@@ -12,6 +12,10 @@ segments=$(readelf -lW "$library")
 [[ $dynamic == *BIND_NOW* ]] || fail "not bound immediately"
 [[ $segments == *GNU_RELRO* ]] || fail "no RELRO"
 [[ $dynamic != *TEXTREL* ]] || fail "text relocations"
+awk '$1 == "GNU_STACK" && /RWE/ { found = 1 } END { exit found }' <<<"$segments" ||
+    fail "an executable stack"
+awk '$1 == "LOAD" && /RWE/ { found = 1 } END { exit found }' <<<"$segments" ||
+    fail "a segment to write to and to execute"
 readelf -nW "$library" | grep -q 'Build ID: [0-9a-f]' || fail "no build-id"
 
 # The device's libraries, and of the others only C and C++ runtimes.
@@ -24,6 +28,10 @@ device=$(grep -vE '^(libc|libm|libgcc_s|libstdc\+\+|libc\+\+|libc\+\+_shared|lib
 if [ "$processor" = aarch64 ]; then
     alignments=$(awk '$1 == "LOAD" { print $NF }' <<<"$segments" | sort -u)
     [ "$alignments" = 0x4000 ] || fail "segments aligned to $alignments"
+    readelf --dyn-syms -W "$library" | grep -q ' __stack_chk_fail' || fail "no stack protector"
+    # Each segment has pages of its own, also in the file.
+    awk '$1 == "LOAD" && $2 !~ /[048c]000$/ { found = 1 } END { exit found }' <<<"$segments" ||
+        fail "segments share pages in the file"
     # A protected entry signs its return address, or at least is a branch target.
     "$objdump" -d --mattr=+v8.5a --disassemble-symbols=GetInstance "$library" |
         grep -A1 '<GetInstance>:' | grep -qE 'paciasp|bti' || fail "no branch protection"
