@@ -218,10 +218,10 @@ class Threads(ReplayTest):
 
     def test_limited_waiting_calls(self):
         """What waits for a slow thread takes no more memory than is allowed for it."""
-        lines = [call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000, thread="t")] * 300
+        lines = [call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000, thread="t")] * 80
         self.run_tool(self.write(*slow_calls("t", ids=200_000), *lines), "--log-level", "error",
-                      **limit(resource.RLIMIT_AS, 250_000_000))
-        self.assertEqual("342", self.total("calls made"))
+                      **limit(resource.RLIMIT_AS, 75_000_000))
+        self.assertEqual("122", self.total("calls made"))
 
     def test_many_threads(self):
         names = [str(number) for number in range(1, 65)]
