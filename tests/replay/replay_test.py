@@ -129,8 +129,8 @@ class Options(ReplayTest):
                          self.collection("--property", FORCED + "=0", **inherited))
 
     def test_options_before_the_log(self):
-        self.run_tool("--quiet", "--property", "a=b", "--repeat", "1", "--answer", "enabled",
-                      "--log-level", "warn", "--json", "calls.jsonl", "plain-shot.jsonl")
+        self.run_tool("--quiet", "--repeat", "1", "--answer", "enabled", "--log-level", "warn",
+                      "--json", "calls.jsonl", "--property", "a=b", "plain-shot.jsonl")
         self.expect_calls("plain-shot.calls.jsonl")
 
     def test_log_level(self):
@@ -219,9 +219,10 @@ class Threads(ReplayTest):
     def test_limited_waiting_calls(self):
         """What waits for a slow thread takes no more memory than is allowed for it."""
         lines = [call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000, thread="t")] * 80
-        self.run_tool(self.write(*slow_calls("t", ids=200_000), *lines), "--log-level", "error",
+        slow = slow_calls("t", ids=300_000)
+        self.run_tool(self.write(*slow, *slow[2:] * 9, *lines), "--log-level", "error",
                       **limit(resource.RLIMIT_AS, 75_000_000))
-        self.assertEqual("122", self.total("calls made"))
+        self.assertEqual("482", self.total("calls made"))
 
     def test_many_threads(self):
         names = [str(number) for number in range(1, 65)]
