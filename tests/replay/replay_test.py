@@ -1,112 +1,21 @@
 """End-to-end tests of infosync-replay: replay_test.py Class.test_name COMMAND...
 
-COMMAND is the tool, with an emulator in front of it if it needs one. Where the format is the
-point, outputs are compared with the files in expected/.
-"""
+COMMAND is the tool, behind an emulator if it needs one. expected/ holds what formats are like."""
 
 import json
 import os
-import pathlib
-import pty
 import re
 import resource
-import shutil
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-HERE = pathlib.Path(__file__).resolve().parent
-PROJECT = HERE.parent.parent
-COMMAND = sys.argv[2:]
-SECONDS = 50  # that a run may take
-LONGEST_LINE = 1048576
+from replay_case import (COMMAND, HERE, SECONDS, ReplayTest, anchor, call, fail, flush, frame,
+                         limit, register, slow_calls)
+
+LONGEST_LINE = 1_048_576
 FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
-SUPPORTED = "persist.vendor.camera.camquill.supported"
-
-
-def call(operation, image="A", **fields):
-    return json.dumps({"call": operation, "image": image, **fields}, ensure_ascii=False)
-
-
-def register(image, **fields):
-    return call("registerSnapshotRequestRecord", image, **fields)
-
-
-def frame(image, **fields):
-    return call("updateFrameInfo", image, frameNumber=1, timestamp="1", camIds=[0], frameExtra=0,
-                **fields)
-
-
-def fail(image):
-    return call("updateVndResultInfo", image, resultId=1, errorCode=1)
-
-
-def flush(image, **fields):
-    return call("snapshotRequestInfoFlush", image, **fields)
-
-
-def anchor(image, iso, **fields):
-    return call("updateAnchor3aInfo", image, fstop=1, iso=iso, lux=1, exposureTime=1, **fields)
-
-
-def slow_calls(thread, between=lambda number: []):
-    """Each result takes the thread so long that calls queue up behind it."""
-    lines = [register("slow", thread=thread),
-             call("updateRequestInfo", "slow", reqValueA=0, reqValueB=0, reqFlag=False,
-                  reqValue64=0, reqIdsA=[], expectedResultIds=[1] * 20000, thread=thread)]
-    for number in range(1, 41):
-        lines.append(call("updateVndResultInfo", "slow", resultId=1, errorCode=0, thread=thread))
-        lines += between(number)
-    return lines
-
-
-class ReplayTest(unittest.TestCase):
-    maxDiff = None
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        for log in [*PROJECT.glob("scenarios/*.jsonl"), *HERE.glob("logs/*.jsonl")]:
-            shutil.copy(log, self.folder)
-
-    def write(self, *lines, name="log.jsonl", end="\n"):
-        (self.folder / name).write_text("".join(line + end for line in lines), encoding="utf-8")
-        return name
-
-    def options(self, environment=None, **options):
-        clean = {key: value for key, value in os.environ.items() if not key.startswith("INFOSYNC_")}
-        return {"cwd": self.folder, "env": {**clean, **(environment or {})}, **options}
-
-    def run_tool(self, *arguments, status=0, stdin=b"", command=None, environment=None, **options):
-        """Runs the tool to its end. The library's first line is taken out of what it says."""
-        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
-        source = {"stdin": stdin} if hasattr(stdin, "fileno") else {"input": stdin}
-        run = subprocess.run([*(command or COMMAND), *arguments], timeout=SECONDS, **source,
-                             **self.options(environment, **options))
-        self.out = (run.stdout or b"").decode()
-        raw = (run.stderr or b"").decode()
-        self.err = re.sub("^features_mgr_handle = .*\n", "", raw, count=1)
-        self.says_handle = raw != self.err
-        self.assertEqual(status, run.returncode, raw)
-
-    def refuse(self, *arguments, says, **options):
-        """Nothing is played: neither a report nor the file of the calls comes into being."""
-        self.run_tool(*arguments, status=2, **options)
-        self.assertIn(says, self.err)
-        self.assertEqual("", self.out)
-        self.assertFalse((self.folder / "calls.jsonl").exists())
-
-    def expect(self, name, text):
-        self.assertEqual((HERE / "expected" / name).read_text(encoding="utf-8"), text)
-
-    def expect_calls(self, name):
-        self.expect(name, (self.folder / "calls.jsonl").read_text(encoding="utf-8"))
-
-    def total(self, name):
-        return re.search(f"^  {name} +(.*)$", self.out, re.MULTILINE).group(1)
 
 
 class Reports(ReplayTest):
@@ -125,7 +34,7 @@ class Reports(ReplayTest):
         self.play("night-shot")
 
     def test_switched_off(self):
-        self.play("switched-off", "--property=" + SUPPORTED + "=false")
+        self.play("switched-off", "--property=persist.vendor.camera.camquill.supported=false")
 
     def test_hostile_names(self):
         self.play("hostile-names")
@@ -142,10 +51,13 @@ class Reports(ReplayTest):
 
     def test_stdin(self):
         log = (self.folder / "plain-shot.jsonl").read_bytes()
-        self.run_tool("-", stdin=log)
-        self.expect("plain-shot.txt", self.out)
-        with open(self.folder / "plain-shot.jsonl", "rb") as file:
-            self.run_tool("-", stdin=file)
+        for pipe in ("-", "/dev/stdin"):
+            self.run_tool(pipe, stdin=log)
+            self.expect("plain-shot.txt", self.out)
+        (self.folder / "log.jsonl").write_bytes(b"read by another\n" + log)
+        with open(self.folder / "log.jsonl", "rb", buffering=0) as file:
+            file.readline()
+            self.run_tool("-", stdin=file)  # from where the file is
         self.expect("plain-shot.txt", self.out)
 
     def test_repeat(self):
@@ -157,9 +69,8 @@ class Reports(ReplayTest):
         for count, more in ((10, ""), (12, ", ... and 2 more")):
             lines = [line(name) for name in names[:count] for line in (register, fail)]
             self.run_tool(self.write(*lines, fail("03")))
-            shown = names[:10]
-            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("records left"))
-            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in shown]
+            self.assertEqual(f"{count}: {', '.join(names[:10])}{more}", self.total("records left"))
+            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in names[:10]]
             self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("failed images"))
 
     def test_unprintable_names_in_totals(self):
@@ -173,7 +84,8 @@ class Reports(ReplayTest):
         for answer, printed in (
                 (b"\x1b\x1f \x7e\x7f\n\t\\", "\\x1b\\x1f ~\\x7f\\n\\t\\\\"),
                 (b"\xc2\x80\xc2\x9f\xc2\xa0", "\\xc2\\x80\\xc2\\x9f\u00a0"),
-                (b"\x80\xbf\xc1\x80\xf5\x80\xff", "\\x80\\xbf\\xc1\\x80\\xf5\\x80\\xff"),
+                (b"\x80\xbf\xc1\x80\xff", "\\x80\\xbf\\xc1\\x80\\xff"),
+                (b"\xf5\x80\x80\x80\xc3\xc3", "\\xf5\\x80\\x80\\x80\\xc3\\xc3"),
                 (b"\xe0\x9f\xbf\xe0\xa0\x80", "\\xe0\\x9f\\xbf\u0800"),
                 (b"\xed\x9f\xbf\xed\xa0\x80\xee\x80\x80", "\ud7ff\\xed\\xa0\\x80\ue000"),
                 (b"\xf0\x8f\xbf\xbf\xf0\x90\x80\x80", "\\xf0\\x8f\\xbf\\xbf\U00010000"),
@@ -199,16 +111,14 @@ class Options(ReplayTest):
     def test_answer(self):
         self.run_tool("plain-shot.jsonl", "--answer", "disabled")
         self.expect("answer.txt", self.out)
-        off = 'off: the service answers "no"'
-        self.assertEqual(off, self.collection(INFOSYNC_HOST_ANSWER="no"))
+        self.assertEqual('off: the service answers "no"',
+                         self.collection(INFOSYNC_HOST_ANSWER="no"))
         self.assertEqual('off: the service answers ""',
                          self.collection("--answer", "", INFOSYNC_HOST_ANSWER="no"))
 
-    def test_forced(self):
+    def test_properties(self):
         self.run_tool("plain-shot.jsonl", "--answer", "disabled", "--property", FORCED + "=1")
         self.expect("forced.txt", self.out)
-
-    def test_several_properties(self):
         forced = "on: forced by " + FORCED
         self.assertEqual(forced, self.collection("--property", FORCED + "=1",
                                                  "--property", "empty=", "--property", "a=b c"))
@@ -219,17 +129,17 @@ class Options(ReplayTest):
                          self.collection("--property", FORCED + "=0", **inherited))
 
     def test_options_before_the_log(self):
-        self.run_tool("--quiet", "--property", "a=b", "--repeat", "1", "--answer", "enabled",
-                      "--log-level", "warn", "--json", "calls.jsonl", "plain-shot.jsonl")
+        self.run_tool("--quiet", "--repeat", "1", "--answer", "enabled", "--log-level", "warn",
+                      "--json", "calls.jsonl", "--property", "a=b", "plain-shot.jsonl")
         self.expect_calls("plain-shot.calls.jsonl")
 
     def test_log_level(self):
-        log = self.write(*[register("A")] * 2)
+        log = self.write(register("A"), register("A"))
         for options, letters in (([], "W"), (["debug"], "IW"), (["info"], "IW"), (["warn"], "W"),
                                  (["error"], ""), (["silent"], "")):
             self.run_tool(log, *["--log-level"] * len(options), *options)
-            logged = re.findall("^[^ ]+ ([A-Z]) ", self.err, re.MULTILINE)
-            self.assertEqual(letters, "".join(sorted(set(logged))), options)
+            logged = set(re.findall("^[^ ]+ ([A-Z]) ", self.err, re.MULTILINE))
+            self.assertEqual(letters, "".join(sorted(logged)), options)
 
     def test_log_level_numbers(self):
         root = {"INFOSYNC_HOST_ROOT": os.environ.get("LEVEL_ROOT", ""), "INFOSYNC_LOG_LEVEL": "9"}
@@ -239,11 +149,9 @@ class Options(ReplayTest):
                           environment=root)
             self.assertIn(f"the log level is {number}\n", self.err)
 
-    def test_version(self):
+    def test_version_and_help(self):
         self.run_tool("--version")
         self.assertEqual(os.environ["VERSION"] + "\n", self.out)
-
-    def test_help(self):
         self.run_tool("--help")
         for option in ("--json FILE", "--repeat N", "--property KEY=VALUE", "--answer TEXT",
                        "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
@@ -300,12 +208,21 @@ class Threads(ReplayTest):
         self.run_tool(self.write(*lines), "--json", "calls.jsonl")
         calls = [json.loads(line) for line in open(self.folder / "calls.jsonl", encoding="utf-8")]
         reports = re.findall(r"^report (\d+): (.*)$", self.out, re.M)
-        self.assertEqual([str(number) for number in range(1, 401)], [report[0] for report in reports])
+        self.assertEqual([str(number) for number in range(1, 401)],
+                         [report[0] for report in reports])
         self.assertEqual(sorted(names), sorted(report[1] for report in reports))
         self.assertEqual([report[1] for report in reports for _ in range(10)],
                          [one["id"] for one in calls])
         self.assertEqual(("1200", "400", "4000"), (self.total("calls made"),
                          self.total("flush calls"), self.total("service calls")))
+
+    def test_limited_waiting_calls(self):
+        """What waits for a slow thread takes no more memory than is allowed for it."""
+        lines = [call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000, thread="t")] * 80
+        slow = slow_calls("t", ids=300_000)
+        self.run_tool(self.write(*slow, *slow[2:] * 9, *lines), "--log-level", "error",
+                      **limit(resource.RLIMIT_AS, 75_000_000))
+        self.assertEqual("482", self.total("calls made"))
 
     def test_many_threads(self):
         names = [str(number) for number in range(1, 65)]
@@ -321,14 +238,10 @@ class Refused(ReplayTest):
     def test_bad_log(self):
         self.refuse("bad.jsonl", "--json", "calls.jsonl", says="")
         self.expect("bad.txt", self.err)
-
-    def test_bad_stdin(self):
-        self.refuse("-", stdin=(self.folder / "bad.jsonl").read_bytes(),
-                    says="standard input:1: frameNumber: must be")
-
-    def test_ten_errors_are_all_shown(self):
         self.refuse(self.write(*["{}"] * 10), says="log.jsonl:10: call: is missing\n")
         self.assertNotIn("more", self.err)
+        self.refuse("-", stdin=(self.folder / "bad.jsonl").read_bytes(),
+                    says="standard input:1: frameNumber: must be")
 
     def test_lines(self):
         """lines.txt holds lines, and under each one, indented, what is wrong with it."""
@@ -365,15 +278,13 @@ class Refused(ReplayTest):
                     says="log.jsonl:2: line: is longer than 1048576 bytes\n"
                     "log.jsonl:3: call: is missing\n")
 
-    def test_long_line(self, **limit):
-        self.refuse(self.write("[" * 67108864, "", "{}"), **limit,
+    def test_long_line(self, **memory):
+        self.refuse(self.write("[" * 67108864, "", "{}"), **memory,
                     says="log.jsonl:1: line: is longer than 1048576 bytes\n"
                     "log.jsonl:3: call: is missing\n")
 
     def test_limited_long_line(self):
-        """Not for the sanitizers and the emulator, which need memory of their own."""
-        memory = (60000 * 1024,) * 2
-        self.test_long_line(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, memory))
+        self.test_long_line(**limit(resource.RLIMIT_AS, 60_000_000))
 
     def test_unreadable_log(self):
         self.refuse("absent.jsonl", says="absent.jsonl: cannot open: No such file")
@@ -385,16 +296,14 @@ class Refused(ReplayTest):
     def test_no_room_for_standard_input(self):
         for size in (10, 1000000):
             self.refuse("-", stdin=b"\n" * size, restore_signals=False,  # SIGXFSZ stays ignored
-                        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0)),
+                        **limit(resource.RLIMIT_FSIZE, 0),
                         says="standard input: cannot write the temporary file: File too large")
 
 
 class Outputs(ReplayTest):
-    def test_unwritable(self):
+    def test_unusable_output(self):
         self.refuse("plain-shot.jsonl", "--json", "absent/calls.jsonl",
                     says="absent/calls.jsonl: cannot be opened for writing: No such file")
-
-    def test_log_as_output(self):
         before = (self.folder / "plain-shot.jsonl").read_bytes()
         self.refuse("plain-shot.jsonl", "--json", "./plain-shot.jsonl",
                     says="./plain-shot.jsonl: is the log itself, which would be overwritten")
@@ -457,33 +366,16 @@ class ChangedLogs(ReplayTest):
 
 
 class ProgressBar(ReplayTest):
-    """The log takes more than a second, and the bar is looked at every 256 lines: at the 212th
-    of the first round and the 168th of the second."""
+    """The bar is looked at every 256 lines: the 212th of the first round, the 168th of the next."""
 
-    def draw(self, *options, stdout=subprocess.DEVNULL):
+    def draw(self, *options, **streams):
         log = self.write('{"sleepMs":1200}', *["             "] * 299)
-        master, terminal = pty.openpty()
-        self.run_tool(log, *options, stderr=terminal, stdout=stdout or terminal)
-        os.close(terminal)
-        drawn = b""
-        while chunk := self.read(master):
-            drawn += chunk
-        os.close(master)
-        return re.sub("^features.*\r\n", "", drawn.decode())
-
-    @staticmethod
-    def read(master):
-        try:
-            return os.read(master, 4096)
-        except OSError:  # all has been read
-            return b""
+        return self.run_on_terminal(log, *options, **streams)
 
     def test_bar(self):
         self.assertEqual("\r[######################..................]  56%"
                          "\r[##################################......]  85%\r\033[K",
                          self.draw("--repeat", "2"))
-
-    def test_bar_beside_calls_on_a_terminal(self):
         self.assertTrue(self.draw("--json", "-", stdout=None).endswith("%\r\033[K"))
 
     def test_no_bar(self):
