@@ -1,12 +1,14 @@
 // The benchmarks. They are written against the public manager: which library they measure, the
 // real one or another that does its job, is the dynamic loader's choice.
 
+#include "Bench.h"
+
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <string>
 
-#include "CountedState.h"
-#include "PlatformBench.h"
 #include "Workload.h"
 
 namespace {
@@ -27,7 +29,6 @@ void lifecycle(benchmark::State& state, const Lifecycle& lifecycle) {
 // Each thread has a snapshot of its own.
 void lifecyclePerThread(benchmark::State& state) {
     repeat(state, readCalls("lifecycle.jsonl", std::to_string(state.thread_index())));
-    state.SetItemsProcessed(state.iterations());
 }
 
 // Repeats calls on a snapshot that all of the lifecycle's calls but the flush and the

@@ -5,13 +5,24 @@
 
 #include "InfoSynchronizerManager.h"
 
-#include <iterator>
-#include <optional>
-#include <utility>
+#include <time.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <spdlog/common.h>
+#include <spdlog/logger.h>
 #include <spdlog/sinks/null_sink.h>
-#include <spdlog/spdlog.h>
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "IntentAwareSys.h"
 #include "OverlapClientTmpl.h"
@@ -21,14 +32,10 @@ namespace {
 
 using M = InfoSynchronizerManager;
 
-spdlog::logger makeLogger() {
-    spdlog::logger logger("snapshots", std::make_shared<spdlog::sinks::null_sink_mt>());
-    logger.set_level(spdlog::level::off);
-    return logger;
-}
-
 struct Store {
-    spdlog::logger log = makeLogger();
+    Store() { log.set_level(spdlog::level::off); }
+
+    spdlog::logger log{"snapshots", std::make_shared<spdlog::sinks::null_sink_mt>()};
     std::mutex mutex;  // guards what follows
     std::map<std::string, RequestRecord> records;
     std::map<std::string, uint32_t> postProcInfo;
@@ -39,7 +46,7 @@ struct Store {
 Store store;
 
 bool isCollecting() {
-    IntentAwareSys* const service = InfoSynchronizer::mIntentAwareImpl;
+    auto* const service = InfoSynchronizer::mIntentAwareImpl;
     return service != nullptr && service->queryValue("snapshotInfoCollectEnable") == "enabled";
 }
 
@@ -59,6 +66,7 @@ void fail(RequestRecord& record, const std::string& image, const char* text) {
     record.hasError = true;
     record.errorInfo.emplace_back(text);
     store.failedImages.push_back(image);
+    store.log.warn("image {}: {}", image, text);
 }
 
 using Json = nlohmann::ordered_json;  // keeps the members in the report's order
@@ -161,19 +169,19 @@ void M::snapshotRequestInfoFlush(std::string imageName, InfoSyncType type) {
         return;
     }
     std::optional<RequestRecord> copy;
-    update(imageName, [&](auto& record, auto& /*info*/) { copy = record; });
+    update(imageName, [&](auto& record, auto&) { copy = record; });
     if (copy) {
         report(imageName, *copy);
+        store.log.info("flushed image {}", imageName);
     }
-    store.log.info("flushed image {}", imageName);
 }
 
 void M::updateFrameInfo(std::string imageName, uint32_t frameNumber, std::string timestamp,
                         std::vector<uint32_t> camIds, uint32_t frameExtra) {
     update(imageName, [&](auto& record, auto& /*info*/) {
-        std::vector<uint32_t> allIds = std::move(record.frameInfo.camIds);
-        allIds.insert(allIds.end(), camIds.begin(), camIds.end());
-        record.frameInfo = {frameNumber, std::move(timestamp), std::move(allIds), frameExtra,
+        std::vector<uint32_t>& ids = record.frameInfo.camIds;
+        ids.insert(ids.end(), camIds.begin(), camIds.end());
+        record.frameInfo = {frameNumber, std::move(timestamp), std::move(ids), frameExtra,
                             imageName};
         store.log.info("frame of image {}, {} in flight", imageName, store.records.size());
     });
@@ -216,14 +224,13 @@ void M::updateAnchorFrame(std::string imageName, int32_t anchorFrame) {
 void M::updateVndResultInfo(std::string imageName, uint32_t resultId, int32_t errorCode) {
     update(imageName, [&](auto& record, auto& info) {
         if (info.vendorResultInfo.size() < info.requestInfo.expectedResultIds.size()) {
-            for (int32_t id : info.requestInfo.expectedResultIds) {
+            for (const int32_t id : info.requestInfo.expectedResultIds) {
                 info.vendorResultInfo[id] = "not_return";
             }
         }
         info.vendorResultInfo[static_cast<int32_t>(resultId)] = ResultErrorCodeToChar[errorCode];
         if (errorCode != 0) {
             fail(record, imageName, "vendor result error");
-            store.log.warn("had error {}", ResultErrorCodeToChar[errorCode]);
         }
     });
 }

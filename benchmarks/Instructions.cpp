@@ -3,9 +3,11 @@
 //
 // usage: infosync-instructions short_names|long_names|command COUNT
 
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
+#include <string>
 
 #include "Workload.h"
 

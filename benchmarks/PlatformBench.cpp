@@ -1,5 +1,3 @@
-#include "PlatformBench.h"
-
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -7,15 +5,17 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "CountedState.h"
+#include <android/log.h>
+#include <zudebug/Log.h>
+
+#include "Bench.h"
 #include "Log.h"
+#include "LogSites.h"
 #include "ThreadPool.h"
 
 // The Android log of the program and of the library that it loads: formats each line, as the log
 // does before it sends it, and drops it.
-extern "C" __attribute__((visibility("default"))) int __android_log_print(int /*priority*/,
-                                                                          const char* /*tag*/,
-                                                                          const char* format, ...) {
+extern "C" int __android_log_print(int /*priority*/, const char* /*tag*/, const char* format, ...) {
     char line[1024];
     va_list arguments;
     va_start(arguments, format);

@@ -1,10 +1,18 @@
 #include "Workload.h"
 
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <zudebug/Log.h>
+
+#include "CaptureLog.h"
+#include "InfoSyncType.h"
+#include "InfoSynchronizer.h"
+#include "LineError.h"
 
 CountingService& service() {
     static CountingService service;
@@ -16,14 +24,14 @@ void prepareLibrary() {
     camInfosync::InfoSynchronizer::mIntentAwareImpl = &service();
 }
 
-Calls readCalls(const std::string& file, const std::string& imageSuffix) {
+Calls readCalls(std::string file, const std::string& imageSuffix) {
     std::ifstream log(INFOSYNC_BENCH_DATA "/" + file);
     Calls calls;
     std::vector<replay::LineError> errors;
     for (std::string line; std::getline(log, line);) {
         calls.push_back(replay::readCaptureLine(line, imageSuffix, errors));
         if (!errors.empty() || calls.back().run == nullptr) {
-            throw std::runtime_error(file + ": not a call: " + line);
+            throw std::runtime_error(file.append(": not a call: ").append(line));
         }
     }
     if (calls.empty()) {

@@ -43,7 +43,7 @@ using Calls = std::vector<replay::CaptureStep>;
 
 // The calls of a capture log, whose name is relative to the folder of data. `imageSuffix` is
 // appended to the images' names. Throws what is wrong with a line, and if there is none.
-Calls readCalls(const std::string& file, const std::string& imageSuffix = "");
+Calls readCalls(std::string file, const std::string& imageSuffix = "");
 
 void makeCalls(const Calls& calls);
 

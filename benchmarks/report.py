@@ -113,11 +113,10 @@ def row(library, reference, benchmark):
     time = library.time(benchmark)
     instructions = library.instructions.get(benchmark)
     allocations = library.counted(benchmark, "allocs") or [None]
-    heap_bytes = library.counted(benchmark, "heap_bytes") or [None]
     return (f"{library.name:15}{cell(12, 1, time)}{cell(10, 1, spread(library.times(benchmark)))}"
             f"{cell(8, 3, ratio(time, reference.time(benchmark)))}{cell(13, 0, instructions)}"
             f"{cell(8, 3, ratio(instructions, reference.instructions.get(benchmark)))}"
-            f"{cell(8, 1, allocations[0])}{cell(8, 0, heap_bytes[0])}")
+            f"{cell(8, 1, allocations[0])}")
 
 
 def print_table(libraries):
@@ -127,7 +126,7 @@ def print_table(libraries):
         print(f"{rounds} rounds, {context['num_cpus']} processors at {context['mhz_per_cpu']} MHz, "
               f"load {context['load_avg'][:1]}; ratios to {libraries[0].name}\n")
     print(f"{'':40}{'':15}{'ns':>12}{'+-':>10}{'ratio':>8}{'instructions':>13}{'ratio':>8}"
-          f"{'allocs':>8}{'bytes':>8}")
+          f"{'allocs':>8}")
     for benchmark in sorted(set().union(*(library.benchmarks() for library in libraries))):
         label = benchmark
         for library in libraries:

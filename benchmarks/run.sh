@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the benchmarks of a release build with libcaminfosync.so and with another library of that
-# name, in turn, and prints medians, spreads, and the ratios of the first to the other.
+# Builds the preset `release`, runs its benchmarks with libcaminfosync.so and with another library
+# of that name, in turn, and prints medians, spreads, and the ratios of the first to the other.
 #
 #   run.sh                     all of them, and the instructions: against the hand-written baseline
 #   run.sh --against FOLDER    the same against the libcaminfosync.so in FOLDER
@@ -10,7 +10,7 @@
 #
 # --against goes with --instructions and --smoke, too. Arguments that begin with --benchmark_ go
 # to Google Benchmark. Fails if a benchmark does, if one is missing, or if an operation allocates
-# more often than it may. INFOSYNC_BENCH_BUILD names the build folder, build/release if unset.
+# more often than it may.
 set -euo pipefail
 began_in=$PWD
 cd "$(dirname "$0")/.."
@@ -39,7 +39,7 @@ while [ $# -gt 0 ]; do
 done
 [ "$mode" != without ] || [ -z "$against" ] || die "--without and --against exclude each other"
 
-build=${INFOSYNC_BENCH_BUILD:-build/release}
+build=build/release
 programs=$build/benchmarks
 results=$programs/results
 
@@ -131,12 +131,14 @@ libraries="$reference infosync"
 variants='record_copy algorithm_copy both_copies mutex_pass locks everything'
 rm -rf "$results"
 mkdir -p "$results"
+targets=(benchmarks)
 if [ "$mode" = without ]; then
-    say "building the variants"
-    cmake --build "$build" --target without >"$results/build.txt" 2>&1 ||
-        { cat "$results/build.txt" >&2; die "the variants cannot be built"; }
+    targets+=(without)
     libraries="infosync $variants"
 fi
+say "building ${targets[*]}"
+{ cmake --preset release && cmake --build "$build" -j "$(nproc)" --target "${targets[@]}"; } \
+    >"$results/build.txt" 2>&1 || { tail -n 60 "$results/build.txt" >&2; die "the build failed"; }
 for library in $libraries; do
     check_library "$library"
 done

@@ -4,34 +4,29 @@
 
 #include <dlfcn.h>
 #include <malloc.h>
+#include <stdio.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <vector>
 
 namespace {
 
 struct Load {
-    long long nanoseconds;
+    long long microseconds;
     long long heapBytes;
 };
 
-long long nanosecondsNow() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
-}
-
 bool loadHere(const char* library, Load& load) {
     const auto heapBefore = static_cast<long long>(mallinfo2().uordblks);
-    const long long begin = nanosecondsNow();
+    const std::clock_t begin = std::clock();
     const void* handle = dlopen(library, RTLD_NOW);
-    load.nanoseconds = nanosecondsNow() - begin;
+    load.microseconds = (std::clock() - begin) * 1000000 / CLOCKS_PER_SEC;
     load.heapBytes = static_cast<long long>(mallinfo2().uordblks) - heapBefore;
     return handle != nullptr;
 }
@@ -40,29 +35,28 @@ bool loadHere(const char* library, Load& load) {
 Load loadInChild(const char* library, void* shared) {
     auto& load = *static_cast<Load*>(shared);
     if (fork() == 0) {
-        std::FILE* const errors = fdopen(dup(STDERR_FILENO), "w");
+        const int errors = dup(STDERR_FILENO);
         const bool loaded = std::freopen("/dev/null", "w", stdout) != nullptr &&
                             std::freopen("/dev/null", "w", stderr) != nullptr &&
                             loadHere(library, load);
         const char* reason = loaded ? nullptr : dlerror();
-        std::fprintf(errors, "%s", reason != nullptr ? reason : "");
-        std::fflush(errors);
+        if (reason != nullptr) {
+            dprintf(errors, "%s\n", reason);
+        }
         _exit(loaded ? 0 : 1);
     }
     int status = -1;
     wait(&status);
     if (status != 0) {
-        std::fprintf(stderr, "\ninfosync-load-probe: %s did not load\n", library);
+        std::fprintf(stderr, "infosync-load-probe: %s did not load\n", library);
         std::exit(1);
     }
     return load;
 }
 
-long long median(std::vector<Load>& loads, long long Load::*member) {
-    const auto middle = loads.begin() + static_cast<std::ptrdiff_t>(loads.size() / 2);
-    std::nth_element(loads.begin(), middle, loads.end(),
-                     [member](const Load& a, const Load& b) { return a.*member < b.*member; });
-    return (*middle).*member;
+long long median(std::vector<long long> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
 }
 
 }  // namespace
@@ -79,18 +73,19 @@ int main(int argc, char** argv) {
         std::perror("infosync-load-probe: mmap");
         return 1;
     }
-    std::vector<Load> library;
-    std::vector<Load> reference;
-    for (int i = 0; i < count; ++i) {
-        library.push_back(loadInChild(argv[1], shared));
-        reference.push_back(loadInChild(argv[2], shared));
+    std::vector<long long> times[2];
+    std::vector<long long> heaps[2];
+    for (int i = 0; i < 2 * count; ++i) {
+        const Load load = loadInChild(argv[1 + i % 2], shared);
+        times[i % 2].push_back(load.microseconds);
+        heaps[i % 2].push_back(load.heapBytes);
     }
-    const long long libraryTime = median(library, &Load::nanoseconds);
-    const long long referenceTime = median(reference, &Load::nanoseconds);
+    const long long time = median(times[0]);
+    const long long referenceTime = median(times[1]);
     std::printf("load: %.2f times as long as the reference (medians of %d: %lld us, %lld us)\n",
-                static_cast<double>(libraryTime) / static_cast<double>(referenceTime), count,
-                libraryTime / 1000, referenceTime / 1000);
-    std::printf("heap after load: %lld bytes (reference: %lld bytes)\n",
-                median(library, &Load::heapBytes), median(reference, &Load::heapBytes));
+                static_cast<double>(time) / static_cast<double>(referenceTime), count, time,
+                referenceTime);
+    std::printf("heap after load: %lld bytes (reference: %lld bytes)\n", median(heaps[0]),
+                median(heaps[1]));
     return 0;
 }

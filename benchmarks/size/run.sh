@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Prints what the library takes: benchmarks/size/run.sh BUILD-FOLDER [EMULATOR...]
 # The reference of the load figures is the stand-in for the task-profile library, a shared
-# library of one function.
+# library of one function. LLVM_SUFFIX names the tools' version, -19 if there are such.
 set -euo pipefail
 build=$1
 shift
@@ -9,10 +9,15 @@ library=$build/libcaminfosync.so
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-llvm-strip -o "$work/stripped.so" "$library"
+tool() {
+    command -v "llvm-$1${LLVM_SUFFIX--19}" || command -v "llvm-$1" ||
+        { echo "size: there is no llvm-$1" >&2; return 1; }
+}
+
+"$(tool strip)" -o "$work/stripped.so" "$library"
 echo "stripped size: $(stat -c %s "$work/stripped.so") bytes"
-llvm-size "$library" | awk 'NR == 2 { print "text, data, bss: " $1 ", " $2 ", " $3 " bytes" }'
-echo "dynamic relocations: $(llvm-readelf -rW "$library" | grep -c R_)"
+"$(tool size)" "$library" | awk 'NR == 2 { print "text, data, bss: " $1 ", " $2 ", " $3 " bytes" }'
+echo "dynamic relocations: $("$(tool readelf)" -rW "$library" | grep -c R_)"
 # A copy, since the stand-in itself is loaded already.
 cp "$build/platform/host/libprocessgroup.so" "$work/reference.so"
 INFOSYNC_HOST_ROOT=$work "$@" "$build/benchmarks/size/infosync-load-probe" \

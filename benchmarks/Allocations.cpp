@@ -1,20 +1,20 @@
 // Replaces operator new in the benchmarks, and in the libraries that they load, by one that
 // counts.
 
-#include "CountedState.h"
+#include "Bench.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-thread_local Allocations counted{};
+thread_local uint64_t counted = 0;
 
 }  // namespace
 
 void* operator new(size_t size) {
-    ++counted.count;
-    counted.bytes += size;
+    ++counted;
     void* memory = std::malloc(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -30,6 +30,6 @@ void operator delete(void* memory, size_t /*size*/) noexcept {
     std::free(memory);
 }
 
-Allocations allocations() {
+uint64_t allocations() {
     return counted;
 }

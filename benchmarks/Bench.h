@@ -1,3 +1,5 @@
+// What the sources of the benchmarks share.
+
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -6,12 +8,8 @@
 
 #include "Workload.h"
 
-// What the calling thread asked operator new for since it was started.
-struct Allocations {
-    uint64_t count;
-    uint64_t bytes;
-};
-Allocations allocations();
+// How often the calling thread has called operator new.
+uint64_t allocations();
 
 // Counts the calling thread's allocations, and the service's calls, from construction to
 // destruction, and gives them to the state per iteration.
@@ -19,11 +17,9 @@ class CountedState {
   public:
     explicit CountedState(benchmark::State& state) : mState(state) {}
     ~CountedState() {
-        const Allocations after = allocations();
-        const uint64_t serviceCalls = service().calls;
-        put("allocs", after.count - mBefore.count);
-        put("heap_bytes", after.bytes - mBefore.bytes);
-        put("service_calls", serviceCalls - mServiceCallsBefore);
+        const uint64_t allocationsAfter = allocations();
+        put("allocs", allocationsAfter - mAllocationsBefore);
+        put("service_calls", service().calls - mServiceCallsBefore);
     }
     CountedState(const CountedState&) = delete;
     CountedState& operator=(const CountedState&) = delete;
@@ -36,5 +32,9 @@ class CountedState {
 
     benchmark::State& mState;
     const uint64_t mServiceCallsBefore = service().calls;
-    const Allocations mBefore = allocations();
+    const uint64_t mAllocationsBefore = allocations();
 };
+
+// Registers what does not belong to a snapshot: a log statement, and handing a task to the worker
+// pool.
+void registerPlatform();
