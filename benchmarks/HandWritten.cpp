@@ -1,8 +1,12 @@
-#include "HandWritten.h"
+// The baseline: another libcaminfosync.so, which does the real one's job as a careful team would
+// write it by hand. Records lie in a map behind a mutex that is passed once, texts are built by a
+// JSON library, log lines by a log library and switched off at run time. A report is sent from one
+// copy of the record, with the mutex released. Every operation finds its record by its key.
 
-#include <dlfcn.h>
+#include "InfoSynchronizerManager.h"
 
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include <spdlog/sinks/null_sink.h>
@@ -10,405 +14,316 @@
 #include <nlohmann/json.hpp>
 
 #include "IntentAwareSys.h"
+#include "OverlapClientTmpl.h"
 
-using camInfosync::NodeProcInfoToChar;
-using camInfosync::ResultErrorCodeToChar;
-using camInfosync::TimeStageToChar;
-
+namespace camInfosync {
 namespace {
 
-// The overlap library; closed when this one is unloaded.
-struct Overlap {
-    Overlap() : handle(dlopen("/vendor/lib64/com.veltro.camhal.overlap.so", RTLD_NOW)) {}
-    ~Overlap() {
-        if (handle != nullptr) {
-            dlclose(handle);
-        }
-    }
-    Overlap(const Overlap&) = delete;
-    Overlap& operator=(const Overlap&) = delete;
+using M = InfoSynchronizerManager;
 
-    void* const handle;
+spdlog::logger makeLogger() {
+    spdlog::logger logger("snapshots", std::make_shared<spdlog::sinks::null_sink_mt>());
+    logger.set_level(spdlog::level::off);
+    return logger;
+}
+
+struct Store {
+    spdlog::logger log = makeLogger();
+    std::mutex mutex;  // guards what follows
+    std::map<std::string, RequestRecord> records;
+    std::map<std::string, uint32_t> postProcInfo;
+    std::vector<std::string> failedImages;
+    std::map<std::string, std::string> answers;
 };
 
-IntentAwareSys* loadService() {
-    static const Overlap overlap;
-    if (overlap.handle == nullptr) {
-        return nullptr;
+Store store;
+
+bool isCollecting() {
+    IntentAwareSys* const service = InfoSynchronizer::mIntentAwareImpl;
+    return service != nullptr && service->queryValue("snapshotInfoCollectEnable") == "enabled";
+}
+
+// Gives the record to `change`, with the mutex held.
+template <typename Change>
+void update(const std::string& image, Change change) {
+    const std::lock_guard<std::mutex> lock(store.mutex);
+    const auto position = store.records.find(image);
+    if (position != store.records.end()) {
+        change(position->second, position->second.snapshotInfo);
+    } else {
+        store.log.warn("can't find image {}", image);
     }
-    using Entry = OverlapInstance*(void* options);
-    auto* entry = reinterpret_cast<Entry*>(dlsym(overlap.handle, "GetInstance"));
-    OverlapInstance* instance = entry != nullptr ? entry(nullptr) : nullptr;
-    if (instance == nullptr) {
-        return nullptr;
-    }
-    instance->start();
-    return static_cast<IntentAwareSys*>(instance->getObject("IntentAwareSys", 0));
+}
+
+void fail(RequestRecord& record, const std::string& image, const char* text) {
+    record.hasError = true;
+    record.errorInfo.emplace_back(text);
+    store.failedImages.push_back(image);
 }
 
 using Json = nlohmann::ordered_json;  // keeps the members in the report's order
 
-Json submitLiteral(const std::string& image, const std::string& timestamp) {
-    return {{"submit-request", {{"pipeline_name", image}, {"timestamp", timestamp}}}};
+void sendEvent(const std::string& image, const Json& event) {
+    const std::string text = event.dump();
+    store.log.info("event {}", text);
+    InfoSynchronizer::mIntentAwareImpl->reportEvent(image, text);
 }
 
-Json submitByField(const std::string& image, const std::string& timestamp) {
-    Json event;
-    Json& fields = event["submit-request"];
-    fields["pipeline_name"] = image;
-    fields["timestamp"] = timestamp;
-    return event;
-}
-
-Json nodeLiteral(const std::string& node, const std::string& image, const std::string& time,
-                 const std::string& camId, const char* stage) {
-    return {{node,
-             {{"pipeline_name", image},
-              {"timestamp", time},
-              {"cam_id", camId},
-              {"node_stage", stage}}}};
-}
-
-Json nodeByField(const std::string& node, const std::string& image, const std::string& time,
-                 const std::string& camId, const char* stage) {
+// Built field by field, which is quicker than the nested lists of that library's manual.
+void sendNodeEvent(const std::string& image, const std::string& node, double time,
+                   const std::string& camId, const char* stage) {
     Json event;
     Json& fields = event[node];
     fields["pipeline_name"] = image;
-    fields["timestamp"] = time;
+    fields["timestamp"] = std::to_string(static_cast<int64_t>(time));
     fields["cam_id"] = camId;
     fields["node_stage"] = stage;
-    return event;
+    sendEvent(image, event);
 }
 
-int64_t milliseconds(const timespec& begin, const timespec& end) {
-    return (end.tv_sec - begin.tv_sec) * 1000 + (end.tv_nsec - begin.tv_nsec) / 1000000;
+void sendEvents(const std::string& image, const RequestRecord& record, const std::string& camId) {
+    Json event;
+    Json& fields = event["submit-request"];
+    fields["pipeline_name"] = image;
+    fields["timestamp"] = record.frameInfo.timestamp;
+    sendEvent(image, event);
+    const SnapshotInfo::ZuAlgoInfo& algo = record.snapshotInfo.zuAlgoInfo;
+    for (const auto& [node, startTime] : algo.algoTimeA) {
+        sendNodeEvent(image, node, startTime, camId, "0");
+        if (const auto done = algo.algoTimeC.find(node); done != algo.algoTimeC.end()) {
+            sendNodeEvent(image, node, done->second, camId, "2");
+        }
+    }
+}
+
+void report(const std::string& image, const RequestRecord& record) {
+    IntentAwareSys* const service = InfoSynchronizer::mIntentAwareImpl;
+    const SnapshotInfo& info = record.snapshotInfo;
+    const std::vector<uint32_t>& camIds = record.frameInfo.camIds;
+    const std::string camId = camIds.empty() ? std::string() : std::to_string(camIds.front());
+    service->setParam(image, "iso", std::to_string(info.iso));
+    service->setParam(image, "lux", std::to_string(info.lux));
+    service->setParam(image, "face_detect", std::to_string(info.faceDetect));
+    service->setParam(image, "cam_mode", std::to_string(info.camMode));
+    service->setParam(image, "cam_id", camIds.empty() ? "-1" : camId);
+    service->setParam(image, "fstop", std::to_string(info.fstop));
+    service->setParam(image, "zoom_ratio", std::to_string(static_cast<int32_t>(info.zoomRatio)));
+    service->setParam(image, "exposure_time", std::to_string(info.exposureTime));
+    sendEvents(image, record, camId);
+    service->finishReport(image, 1022, 10000);
 }
 
 }  // namespace
 
-IntentAwareSys* HandWritten::service = loadService();
+IntentAwareSys* InfoSynchronizer::mIntentAwareImpl =
+        zu_hal_overlap::OverlapClientTmpl::GetIntentAwareSys();
 
-HandWritten::HandWritten(JsonStyle style)
-    : mByField(style == JsonStyle::kByField),
-      mLogger(std::make_shared<spdlog::logger>("snapshots",
-                                               std::make_shared<spdlog::sinks::null_sink_mt>())) {
-    mLogger->set_level(spdlog::level::off);
+M::InfoSynchronizerManager() = default;
+M::~InfoSynchronizerManager() = default;
+
+M& M::getInstance() {
+    static M instance;
+    return instance;
 }
 
-HandWritten::~HandWritten() = default;
-
-bool HandWritten::isCollecting() const {
-    return service != nullptr && service->queryValue("snapshotInfoCollectEnable") == "enabled";
-}
-
-HandWritten::Snapshot* HandWritten::find(const std::string& image) {
-    const auto position = mSnapshots.find(image);
-    if (position == mSnapshots.end()) {
-        mLogger->warn("can't find image {}", image);
-        return nullptr;
+void M::request(InfoSyncType type, const void* in, void** out) {
+    if (type == INFO_SYNC_TYPE_CMD) {
+        const auto* key = static_cast<const char*>(in);
+        std::string answer = InfoSynchronizer::mIntentAwareImpl->queryValue(key);
+        const std::lock_guard<std::mutex> lock(store.mutex);
+        std::string& kept = store.answers[key];
+        kept = std::move(answer);
+        *out = kept.data();
+    } else {
+        const auto& record = *static_cast<const RequestRecord*>(in);
+        report(record.frameInfo.imageName, record);
     }
-    return &position->second;
 }
 
-void HandWritten::fail(Snapshot& snapshot, const std::string& image, const char* text) {
-    snapshot.hasError = true;
-    snapshot.errors.emplace_back(text);
-    mFailedImages.push_back(image);
+void M::registerSnapshotRequestRecord(std::string imageName) {
+    if (isCollecting()) {
+        const std::lock_guard<std::mutex> lock(store.mutex);
+        const bool isNew = store.records.try_emplace(imageName, REQUEST_TYPE_DEFAULT).second;
+        store.log.info("register image {}, new: {}", imageName, isNew);
+    }
 }
 
-void HandWritten::registerSnapshotRequestRecord(const std::string& image) {
-    if (!isCollecting()) {
+void M::unregisterSnapshotRequestRecord(std::string imageName) {
+    if (isCollecting()) {
+        const std::lock_guard<std::mutex> lock(store.mutex);
+        const size_t count = store.records.erase(imageName);
+        store.log.info("unregister image {}, known: {}", imageName, count);
+    }
+}
+
+void M::snapshotRequestInfoFlush(std::string imageName, InfoSyncType type) {
+    if (!isCollecting() || type != INFO_SYNC_TYPE_COLLECT) {
         return;
     }
-    std::lock_guard<std::mutex> lock(mMutex);
-    const auto [position, isNew] = mSnapshots.try_emplace(image);
-    if (!isNew) {
-        mLogger->warn("image {} is registered already", image);
-        return;
+    std::optional<RequestRecord> copy;
+    update(imageName, [&](auto& record, auto& /*info*/) { copy = record; });
+    if (copy) {
+        report(imageName, *copy);
     }
-    clock_gettime(CLOCK_MONOTONIC, &position->second.createTime);
-    mLogger->info("register image {}, {} in flight", image, mSnapshots.size());
+    store.log.info("flushed image {}", imageName);
 }
 
-void HandWritten::unregisterSnapshotRequestRecord(const std::string& image) {
-    if (!isCollecting()) {
-        return;
-    }
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (mSnapshots.erase(image) == 0) {
-        mLogger->warn("can't find image {}", image);
-    }
-    mLogger->info("unregister image {}, {} in flight", image, mSnapshots.size());
+void M::updateFrameInfo(std::string imageName, uint32_t frameNumber, std::string timestamp,
+                        std::vector<uint32_t> camIds, uint32_t frameExtra) {
+    update(imageName, [&](auto& record, auto& /*info*/) {
+        std::vector<uint32_t> allIds = std::move(record.frameInfo.camIds);
+        allIds.insert(allIds.end(), camIds.begin(), camIds.end());
+        record.frameInfo = {frameNumber, std::move(timestamp), std::move(allIds), frameExtra,
+                            imageName};
+        store.log.info("frame of image {}, {} in flight", imageName, store.records.size());
+    });
 }
 
-void HandWritten::snapshotRequestInfoFlush(const std::string& image,
-                                           camInfosync::InfoSyncType type) {
-    if (!isCollecting() || type != camInfosync::INFO_SYNC_TYPE_COLLECT) {
-        return;
-    }
-    std::unique_lock<std::mutex> lock(mMutex);
-    const Snapshot* found = find(image);
-    if (found == nullptr) {
-        return;
-    }
-    const Snapshot snapshot = *found;
-    lock.unlock();
-    report(image, snapshot);
-    mLogger->info("flushed image {}", image);
+void M::updateRequestInfo(std::string imageName, int32_t reqValueA, int32_t reqValueB, bool reqFlag,
+                          uint64_t reqValue64, std::vector<int32_t> reqIdsA,
+                          std::vector<int32_t> expectedResultIds) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        info.requestInfo = {reqValueA,  reqValueB,          info.requestInfo.anchorFrame, reqFlag,
+                            reqValue64, std::move(reqIdsA), std::move(expectedResultIds)};
+    });
 }
 
-void HandWritten::report(const std::string& image, const Snapshot& snapshot) const {
-    const std::string event =
-            (mByField ? submitByField : submitLiteral)(image, snapshot.timestamp).dump();
-    mLogger->info("submit {}", event);
-    service->setParam(image, "iso", std::to_string(snapshot.iso));
-    service->setParam(image, "lux", std::to_string(snapshot.lux));
-    service->setParam(image, "face_detect", std::to_string(snapshot.faceDetect));
-    service->setParam(image, "cam_mode", std::to_string(snapshot.camMode));
-    service->setParam(image, "cam_id",
-                      snapshot.camIds.empty() ? "-1" : std::to_string(snapshot.camIds.front()));
-    service->setParam(image, "fstop", std::to_string(snapshot.fstop));
-    service->setParam(image, "zoom_ratio",
-                      std::to_string(static_cast<int32_t>(snapshot.zoomRatio)));
-    service->setParam(image, "exposure_time", std::to_string(snapshot.exposureTime));
-    service->reportEvent(image, event);
-    const auto nodeEvent = mByField ? nodeByField : nodeLiteral;
-    const std::string camId =
-            snapshot.camIds.empty() ? std::string() : std::to_string(snapshot.camIds.front());
-    for (const auto& [name, node] : snapshot.nodes) {
-        const std::string start =
-                nodeEvent(name, image, std::to_string(static_cast<int64_t>(node.first)), camId, "0")
-                        .dump();
-        mLogger->info("start {}", start);
-        service->reportEvent(image, start);
-        if (node.completed) {
-            const std::string end =
-                    nodeEvent(name, image, std::to_string(static_cast<int64_t>(node.third)), camId,
-                              "2")
-                            .dump();
-            mLogger->info("completion {}", end);
-            service->reportEvent(image, end);
+void M::updateUIInfo(std::string imageName, RequestType requestType, uint32_t camMode,
+                     int32_t faceDetect, float zoomRatio, std::string uiExtra) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        info.requestType = requestType;
+        info.camMode = camMode;
+        info.faceDetect = faceDetect;
+        info.zoomRatio = zoomRatio;
+        info.uiExtra = std::move(uiExtra);
+    });
+}
+
+void M::updateAnchor3aInfo(std::string imageName, float fstop, int32_t iso, float lux,
+                           int64_t exposureTime) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        info.fstop = fstop;
+        info.iso = iso;
+        info.lux = lux;
+        info.exposureTime = exposureTime;
+    });
+}
+
+void M::updateAnchorFrame(std::string imageName, int32_t anchorFrame) {
+    update(imageName, [&](auto&, auto& info) { info.requestInfo.anchorFrame = anchorFrame; });
+}
+
+void M::updateVndResultInfo(std::string imageName, uint32_t resultId, int32_t errorCode) {
+    update(imageName, [&](auto& record, auto& info) {
+        if (info.vendorResultInfo.size() < info.requestInfo.expectedResultIds.size()) {
+            for (int32_t id : info.requestInfo.expectedResultIds) {
+                info.vendorResultInfo[id] = "not_return";
+            }
         }
-    }
-    service->finishReport(image, 1022, 10000);
-}
-
-void HandWritten::updateFrameInfo(const std::string& image, uint32_t frameNumber,
-                                  const std::string& timestamp, const std::vector<uint32_t>& camIds,
-                                  uint32_t frameExtra) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->frameNumber = frameNumber;
-        snapshot->timestamp = timestamp;
-        snapshot->camIds.insert(snapshot->camIds.end(), camIds.begin(), camIds.end());
-        snapshot->frameExtra = frameExtra;
-    }
-    mLogger->info("frame of image {}, {} in flight", image, mSnapshots.size());
-}
-
-void HandWritten::updateRequestInfo(const std::string& image, int32_t reqValueA, int32_t reqValueB,
-                                    bool reqFlag, uint64_t reqValue64,
-                                    const std::vector<int32_t>& reqIdsA,
-                                    const std::vector<int32_t>& expectedResultIds) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->reqValueA = reqValueA;
-        snapshot->reqValueB = reqValueB;
-        snapshot->reqFlag = reqFlag;
-        snapshot->reqValue64 = reqValue64;
-        snapshot->reqIdsA = reqIdsA;
-        snapshot->expectedResultIds = expectedResultIds;
-    }
-}
-
-void HandWritten::updateUIInfo(const std::string& image, camInfosync::RequestType requestType,
-                               uint32_t camMode, int32_t faceDetect, float zoomRatio,
-                               const std::string& uiExtra) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->requestType = requestType;
-        snapshot->camMode = camMode;
-        snapshot->faceDetect = faceDetect;
-        snapshot->zoomRatio = zoomRatio;
-        snapshot->uiExtra = uiExtra;
-    }
-}
-
-void HandWritten::updateAnchor3aInfo(const std::string& image, float fstop, int32_t iso, float lux,
-                                     int64_t exposureTime) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->fstop = fstop;
-        snapshot->iso = iso;
-        snapshot->lux = lux;
-        snapshot->exposureTime = exposureTime;
-    }
-}
-
-void HandWritten::updateAnchorFrame(const std::string& image, int32_t anchorFrame) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->anchorFrame = anchorFrame;
-    }
-}
-
-void HandWritten::updateVndResultInfo(const std::string& image, uint32_t resultId,
-                                      int32_t errorCode) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    Snapshot* snapshot = find(image);
-    if (snapshot == nullptr) {
-        return;
-    }
-    if (snapshot->vendorResults.size() < snapshot->expectedResultIds.size()) {
-        for (int32_t id : snapshot->expectedResultIds) {
-            snapshot->vendorResults[id] = "not_return";
+        info.vendorResultInfo[static_cast<int32_t>(resultId)] = ResultErrorCodeToChar[errorCode];
+        if (errorCode != 0) {
+            fail(record, imageName, "vendor result error");
+            store.log.warn("had error {}", ResultErrorCodeToChar[errorCode]);
         }
-    }
-    const char* text = ResultErrorCodeToChar[errorCode];
-    snapshot->vendorResults[static_cast<int32_t>(resultId)] = text;
-    if (errorCode != 0) {
-        fail(*snapshot, image, "vendor result error");
-        mLogger->warn("had error {}", text);
-    }
+    });
 }
 
-void HandWritten::updateVndResultInfo(const std::string& image,
-                                      const std::map<int32_t, std::string>& info) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->vendorResults = info;
-    }
+void M::updateVndResultInfo(std::string imageName, SnapshotInfo::VendorResultInfo results) {
+    update(imageName, [&](auto&, auto& info) { info.vendorResultInfo = std::move(results); });
 }
 
-void HandWritten::updateZuAlgoInfo(const std::string& image,
-                                   const std::vector<std::string>& algoList) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->algoList = algoList;
-        for (const std::string& entry : algoList) {
-            snapshot->nodes.try_emplace(entry.substr(0, entry.find(':')));
+void M::updateZuAlgoInfo(std::string imageName, std::vector<std::string> algoList) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        SnapshotInfo::ZuAlgoInfo& algo = info.zuAlgoInfo;
+        algo.algoList = std::move(algoList);
+        for (const std::string& entry : algo.algoList) {
+            const std::string node = entry.substr(0, entry.find(':'));
+            algo.algoTimeA.try_emplace(node);
+            algo.algoTimeB.try_emplace(node);
+            algo.algoState.try_emplace(node, "none");
         }
-    }
-    mLogger->info("algorithms of image {}, {} in flight", image, mSnapshots.size());
+        store.log.info("algorithms of image {}, {} in flight", imageName, store.records.size());
+    });
 }
 
-void HandWritten::updateZuAlgoInfo(const std::string& image,
-                                   const camInfosync::SnapshotInfo::ZuAlgoInfo& info) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    Snapshot* snapshot = find(image);
-    if (snapshot == nullptr) {
-        return;
-    }
-    snapshot->algoList = info.algoList;
-    snapshot->nodes.clear();
-    for (const auto& [node, time] : info.algoTimeA) {
-        snapshot->nodes[node].first = time;
-    }
-    for (const auto& [node, time] : info.algoTimeB) {
-        snapshot->nodes[node].second = time;
-    }
-    for (const auto& [node, time] : info.algoTimeC) {
-        snapshot->nodes[node].third = time;
-        snapshot->nodes[node].completed = true;
-    }
-    for (const auto& [node, state] : info.algoState) {
-        snapshot->nodes[node].state = state;
-    }
+void M::updateZuAlgoInfo(std::string imageName, SnapshotInfo::ZuAlgoInfo algo) {
+    update(imageName, [&](auto&, auto& info) { info.zuAlgoInfo = std::move(algo); });
 }
 
-void HandWritten::updateSnapshotErrorInfo(const std::string& image, const char* text) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->hasError = true;
-        snapshot->errors.emplace_back(text);
-    }
+void M::updateSnapshotErrorInfo(std::string imageName, const char* text) {
+    update(imageName, [&](auto& record, auto& /*info*/) {
+        record.hasError = true;
+        record.errorInfo.emplace_back(text);
+    });
 }
 
-void HandWritten::updatePostProcInfo(const std::map<std::string, uint32_t>& info) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    mPostProcInfo = info;
+void M::updatePostProcInfo(std::map<std::string, uint32_t> info) {
+    const std::lock_guard<std::mutex> lock(store.mutex);
+    store.postProcInfo = std::move(info);
 }
 
-void HandWritten::updateSnapshotTimeInfo(const std::string& image, uint32_t stage) {
+void M::updateSnapshotTimeInfo(std::string imageName, uint32_t stage) {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    std::lock_guard<std::mutex> lock(mMutex);
-    Snapshot* snapshot = find(image);
-    if (snapshot == nullptr || stage >= std::size(TimeStageToChar)) {
-        return;
-    }
-    auto& times = snapshot->timeInfo;
-    const int64_t interval = milliseconds(snapshot->createTime, now);
-    switch (stage) {
-        case 0:
-            times[TimeStageToChar[0]] = -1;
-            snapshot->requestTime = now;
-            break;
-        case 3:
-        case 13:
-            times[TimeStageToChar[3]] = interval;
-            times[TimeStageToChar[13]] = interval;
-            break;
-        case 6:
-            times[TimeStageToChar[6]] = interval - times[TimeStageToChar[4]];
-            break;
-        case 7:
-        case 11:
-            times[TimeStageToChar[stage]] = 0;
-            break;
-        default:
-            times[TimeStageToChar[stage]] = interval;
-    }
-}
-
-void HandWritten::updateSnapshotTimeInfo(const std::string& image,
-                                         const std::map<std::string, int64_t>& timeInfo) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    Snapshot* snapshot = find(image);
-    if (snapshot == nullptr) {
-        return;
-    }
-    for (const char* stage : TimeStageToChar) {
-        if (const auto given = timeInfo.find(stage); given != timeInfo.end()) {
-            snapshot->timeInfo[given->first] = given->second;
-            mLogger->info("image {}, stage {}: {}", image, stage, given->second);
+    update(imageName, [&](auto& record, auto& info) {
+        if (stage >= std::size(TimeStageToChar)) {
+            return;
         }
-    }
+        int64_t& time = info.timeInfo[TimeStageToChar[stage]];
+        time = stage == 7 || stage == 11
+                       ? 0
+                       : (now.tv_sec - record.createTime.tv_sec) * 1000 +
+                                 (now.tv_nsec - record.createTime.tv_nsec) / 1000000;
+        if (stage == 0) {
+            time = -1;
+            record.requestTime = now;
+        } else if (stage == 3 || stage == 13) {
+            info.timeInfo[TimeStageToChar[16 - stage]] = time;
+        } else if (stage == 6) {
+            time -= info.timeInfo[TimeStageToChar[4]];
+        }
+    });
 }
 
-void HandWritten::updateNodeProcTime(const std::string& image, const std::string& node,
-                                     double first, double second, double third) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        Node& entry = snapshot->nodes[node];
-        entry.first = first;
-        entry.second = second;
-        entry.third = third;
-        entry.completed = true;
+void M::updateSnapshotTimeInfo(std::string imageName, std::map<std::string, int64_t> timeInfo) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        for (const char* stage : TimeStageToChar) {
+            if (const auto given = timeInfo.find(stage); given != timeInfo.end()) {
+                info.timeInfo[given->first] = given->second;
+                store.log.info("image {}, stage {}: {}", imageName, stage, given->second);
+            }
+        }
+    });
+}
+
+void M::updateNodeProcTime(std::string imageName, std::string nodeName, double first, double second,
+                           double third) {
+    update(imageName, [&](auto& record, auto& info) {
+        info.zuAlgoInfo.algoTimeA[nodeName] = first;
+        info.zuAlgoInfo.algoTimeB[nodeName] = second;
+        info.zuAlgoInfo.algoTimeC[nodeName] = third;
         if (second == -1.0) {
-            fail(*snapshot, image, "node process time out");
+            fail(record, imageName, "node process time out");
         }
-    }
-    mLogger->info("node of image {}, {} in flight", image, mSnapshots.size());
+        store.log.info("node of image {}, {} in flight", imageName, store.records.size());
+    });
 }
 
-void HandWritten::updateNodeProcState(const std::string& image, const std::string& node,
-                                      int32_t state) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        snapshot->nodes[node].state = NodeProcInfoToChar[state];
+void M::updateNodeProcState(std::string imageName, std::string nodeName, int32_t state) {
+    update(imageName, [&](auto& record, auto& info) {
+        info.zuAlgoInfo.algoState[nodeName] = NodeProcInfoToChar[state];
         if (state != 0) {
-            fail(*snapshot, image, "node process error");
+            fail(record, imageName, "node process error");
         }
-    }
+    });
 }
 
-void HandWritten::updateNodeProcState(const std::string& image,
-                                      const std::map<std::string, std::string>& states) {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (Snapshot* snapshot = find(image)) {
-        for (const auto& [node, state] : states) {
-            snapshot->nodes[node].state = state;
+void M::updateNodeProcState(std::string imageName, std::map<std::string, std::string> states) {
+    update(imageName, [&](auto& /*record*/, auto& info) {
+        for (auto& [node, state] : states) {
+            info.zuAlgoInfo.algoState[node] = std::move(state);
         }
-    }
+    });
 }
+
+}  // namespace camInfosync

@@ -1,48 +1,37 @@
-// Makes the calls of a file a given number of times, for tools that count instructions. What
-// the program does besides is the same for each number.
+// Repeats one thing a given number of times, for tools that count instructions. What the program
+// does besides is the same for each number. Prints how many calls the service received.
 //
-// usage: infosync-instructions FILE COUNT [infosync|by_hand]
-
-#include <zudebug/Log.h>
+// usage: infosync-instructions short_names|long_names|command COUNT
 
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
+#include <stdexcept>
 
-#include "Bench.h"
-#include "InfoSynchronizer.h"
-
-CountingService& service() {
-    static CountingService service;
-    return service;
-}
+#include "Workload.h"
 
 namespace {
 
-template <typename Implementation>
-void run(const std::vector<Call>& calls, long count) {
-    const OthersInFlight<Implementation> others(imageOf(calls.at(0)), kOthersInFlight);
-    for (long i = 0; i < count; ++i) {
-        makeCalls(Implementation::manager(), calls);
+void repeat(const std::string& what, uint64_t count) {
+    const Lifecycle& lifecycle = what == "long_names" ? longNames() : shortNames();
+    const OthersInFlight others(lifecycle, kOthersInFlight);
+    for (uint64_t i = 0; i < count; ++i) {
+        if (what != "command") {
+            makeCalls(lifecycle.calls);
+        } else if (!askWhetherEnabled()) {
+            throw std::runtime_error("the answer is wrong");
+        }
     }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 3) {
-        std::cerr << "usage: " << argv[0] << " FILE COUNT [infosync|by_hand]\n";
+    const std::string what = argc == 3 ? argv[1] : "";
+    if (what != "short_names" && what != "long_names" && what != "command") {
+        std::cerr << "usage: infosync-instructions short_names|long_names|command COUNT\n";
         return 2;
     }
-    zudebug::gZuCamLogGroup = 0;  // both log gates are shut
-    camInfosync::InfoSynchronizer::mIntentAwareImpl = &service();
-    HandWritten::service = &service();
-    const std::vector<Call> calls = readCalls(argv[1]);
-    const long count = std::atol(argv[2]);
-    if (argc > 3 && std::strcmp(argv[3], "by_hand") == 0) {
-        run<ByHand>(calls, count);
-    } else {
-        run<Infosync>(calls, count);
-    }
-    std::cout << service().calls << " calls, " << service().bytes << " bytes\n";
+    prepareLibrary();
+    repeat(what, std::strtoull(argv[2], nullptr, 10));
+    std::cout << service().calls << '\n';
 }

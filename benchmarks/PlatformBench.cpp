@@ -1,32 +1,33 @@
-// What does not belong to a snapshot: one log statement, and handing a task to the worker pool.
+#include "PlatformBench.h"
 
-#include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/base_sink.h>
-#include <spdlog/spdlog.h>
+#include <benchmark/benchmark.h>
 
-#include <condition_variable>
-#include <deque>
-#include <functional>
-#include <mutex>
-#include <thread>
+#include <atomic>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
 
-#include "Bench.h"
+#include "CountedState.h"
 #include "Log.h"
 #include "ThreadPool.h"
+
+// The Android log of the program and of the library that it loads: formats each line, as the log
+// does before it sends it, and drops it.
+extern "C" __attribute__((visibility("default"))) int __android_log_print(int /*priority*/,
+                                                                          const char* /*tag*/,
+                                                                          const char* format, ...) {
+    char line[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(line, sizeof(line), format, arguments);
+    va_end(arguments);
+    benchmark::DoNotOptimize(&line[0]);
+    return length;
+}
 
 namespace {
 
 constexpr char kLogTag[] = "benchmark";
-
-// Formats each line and drops it, as this program's Android log does.
-class DroppingSink final : public spdlog::sinks::base_sink<std::mutex> {
-    void sink_it_(const spdlog::details::log_msg& message) override {
-        spdlog::memory_buf_t line;
-        formatter_->format(message, line);
-        benchmark::DoNotOptimize(line.data());
-    }
-    void flush_() override {}
-};
 
 uint64_t argumentsEvaluated = 0;
 
@@ -42,8 +43,10 @@ void emptyLoop(benchmark::State& state) {
     }
 }
 
-// Fails unless the argument is evaluated `perLine` times for each line.
-void logLine(benchmark::State& state, uint64_t perLine) {
+// Fails unless the argument is evaluated once for each line that the gate lets through.
+void logLine(benchmark::State& state, bool open) {
+    zudebug::gZuCamLogGroup = open ? camInfosync::logging::kGroup : 0;
+    zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
     argumentsEvaluated = 0;
     {
         const CountedState counted(state);
@@ -53,84 +56,17 @@ void logLine(benchmark::State& state, uint64_t perLine) {
             benchmark::ClobberMemory();
         }
     }
-    if (argumentsEvaluated != perLine * state.iterations()) {
+    zudebug::gZuCamLogGroup = 0;  // shut, as prepareLibrary has left it
+    if (argumentsEvaluated != (open ? static_cast<uint64_t>(state.iterations()) : 0)) {
         state.SkipWithError("the argument was evaluated a wrong number of times");
     }
 }
 
-void logLineShut(benchmark::State& state) {
-    logLine(state, 0);
-}
-
-void logLineToAndroid(benchmark::State& state) {
-    const uint32_t group = zudebug::gZuCamLogGroup;
-    const int32_t level = zudebug::gZuCamLogLevel;
-    zudebug::gZuCamLogGroup = camInfosync::logging::kGroup;
-    zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
-    logLine(state, 1);
-    zudebug::gZuCamLogGroup = group;
-    zudebug::gZuCamLogLevel = level;
-}
-
-void logLineByHand(benchmark::State& state, spdlog::level::level_enum level) {
-    spdlog::logger logger("benchmark", std::make_shared<DroppingSink>());
-    logger.set_level(level);
-    const CountedState counted(state);
-    for (auto _ : state) {
-        logger.info("flush image {}  queue size: {}", countedArgument(), 5);
-        benchmark::ClobberMemory();
-    }
-}
-
-// The pool as it is usually written: one worker, a queue, a mutex and a condition.
-class HandWrittenPool {
-  public:
-    HandWrittenPool() : mThread([this] { loop(); }) {}
-    ~HandWrittenPool() {
-        {
-            std::lock_guard<std::mutex> lock(mMutex);
-            mStop = true;
-        }
-        mCondition.notify_all();
-        mThread.join();
-    }
-    void enqueue(std::function<void()> task) {
-        {
-            std::lock_guard<std::mutex> lock(mMutex);
-            mTasks.push_back(std::move(task));
-        }
-        mCondition.notify_one();
-    }
-
-  private:
-    void loop() {
-        std::unique_lock<std::mutex> lock(mMutex);
-        while (true) {
-            mCondition.wait(lock, [this] { return mStop || !mTasks.empty(); });
-            if (mTasks.empty()) {
-                return;
-            }
-            std::function<void()> task = std::move(mTasks.front());
-            mTasks.pop_front();
-            lock.unlock();
-            task();
-            lock.lock();
-        }
-    }
-
-    std::mutex mMutex;
-    std::condition_variable mCondition;
-    std::deque<std::function<void()>> mTasks;
-    bool mStop = false;
-    std::thread mThread;
-};
-
 // The caller's part; one worker takes the tasks meanwhile.
-template <typename Pool, typename... Arguments>
-void enqueue(benchmark::State& state, Arguments... arguments) {
+void enqueue(benchmark::State& state) {
     std::atomic<int64_t> done{0};
     {
-        Pool pool(arguments...);
+        camInfosync::ThreadPool pool(1, 10);
         const CountedState counted(state);
         for (auto _ : state) {
             pool.enqueue([&done] { done.fetch_add(1, std::memory_order_relaxed); });
@@ -144,15 +80,8 @@ void enqueue(benchmark::State& state, Arguments... arguments) {
 }  // namespace
 
 void registerPlatform() {
-    using benchmark::RegisterBenchmark;
-    RegisterBenchmark("empty_loop", emptyLoop);
-    RegisterBenchmark("infosync/log_line/shut", logLineShut);
-    RegisterBenchmark("infosync/log_line/android", logLineToAndroid);
-    RegisterBenchmark("by_hand/log_line/shut",
-                      [](auto& state) { logLineByHand(state, spdlog::level::off); });
-    RegisterBenchmark("by_hand/log_line/android",
-                      [](auto& state) { logLineByHand(state, spdlog::level::info); });
-    RegisterBenchmark("infosync/enqueue",
-                      [](auto& state) { enqueue<camInfosync::ThreadPool>(state, 1U, 10); });
-    RegisterBenchmark("by_hand/enqueue", [](auto& state) { enqueue<HandWrittenPool>(state); });
+    benchmark::RegisterBenchmark("empty_loop", emptyLoop);
+    benchmark::RegisterBenchmark("log_line/shut", [](auto& state) { logLine(state, false); });
+    benchmark::RegisterBenchmark("log_line/open", [](auto& state) { logLine(state, true); });
+    benchmark::RegisterBenchmark("enqueue", enqueue);
 }

@@ -1,122 +1,159 @@
 #!/usr/bin/env python3
-"""Prints the results of Google Benchmark as one table, with ratios to the baseline.
+"""Prints what run.sh has measured as one table.
 
-usage: report.py [--complete] FILE...
-       report.py --median NAME FILE...
+usage: report.py --names "REFERENCE LIBRARY..." FOLDER
 
-Times are medians over the repetitions; the spread is the distance of the quartiles. A ratio
-compares the medians of one run. Fails if a benchmark reported an error or if a lifecycle
-allocates more often than it may; with --complete also if one of the benchmarks named on
-standard input is missing. --median prints one benchmark's median alone.
+FOLDER holds, for each library, results of Google Benchmark (NAME.ROUND.json) or instructions
+(NAME.instructions), or both; the names of the benchmarks that must be among them may stand in a
+file `expected`. Times are medians over the rounds; the spread is the distance of the quartiles.
+A ratio compares a library's median with that of the reference. Fails if a benchmark reported an
+error or is missing, or if an operation allocates more often than it may.
 """
 
+import argparse
 import json
+import pathlib
 import statistics
 import sys
 
-LIBRARY = "infosync/"
-BASELINES = ("by_hand/", "by_hand_by_field/")
-
-# Heap allocations that may not be exceeded. They do not depend on the machine's load.
+# Heap allocations of the library that may not be exceeded. They do not depend on the machine.
 MOST_ALLOCATIONS = {
-    "infosync/lifecycle/short_names/4": 175,
-    "infosync/lifecycle/long_names/4": 358,
-    "infosync/operation/snapshotRequestInfoFlush": 101,
+    "lifecycle/short_names/4": 172,
+    "lifecycle/long_names/4": 358,
+    "operation/snapshotRequestInfoFlush": 101,
 }
+# A lifecycle's report: eight parameters, the submit event, two events of each of eight nodes,
+# and the closing call.
+REPORT_CALLS = 8 + 1 + 16 + 1
+# What the baseline does not do by itself.
+NOT_BY_HAND = ("empty_loop", "log_line/", "enqueue")
 
 
-def read_runs(paths):
-    """The repetitions of each benchmark, by its name, and what the files say of the machine."""
-    runs = {}
-    context = {}
-    for path in paths:
-        with open(path, encoding="utf-8") as file:
-            text = file.read()
-        if not text:
-            continue  # no benchmark of that program was asked for
-        results = json.loads(text)
-        context = results["context"]
-        for run in results["benchmarks"]:
-            if run["run_type"] == "iteration":
-                runs.setdefault(run["name"], []).append(run)
-    return runs, context
+class Library:
+    """What was measured with one library."""
 
+    def __init__(self, folder, name):
+        self.name = name
+        self.rounds = {}  # by benchmark: one result per round
+        self.instructions = {}
+        self.report_calls = {}  # as counted together with the instructions
+        self.context = {}
+        for path in sorted(folder.glob(f"{name}.*.json")):
+            text = path.read_text(encoding="utf-8")
+            results = json.loads(text) if text else {"context": {}, "benchmarks": []}
+            self.context = results["context"]
+            for run in results["benchmarks"]:
+                if run["run_type"] == "iteration" and not self.is_foreign(run["name"]):
+                    self.rounds.setdefault(run["name"], []).append(run)
+        counts = folder / f"{name}.instructions"
+        if counts.exists():
+            for line in counts.read_text(encoding="utf-8").splitlines():
+                benchmark, instructions, calls = line.split()
+                self.instructions[benchmark] = int(instructions)
+                self.report_calls[benchmark] = int(calls)
 
-def faults(runs, expected):
-    for name in expected:
-        if name not in runs:
-            yield f"{name}: did not run"
-    for name, repetitions in runs.items():
-        for run in repetitions:
-            if run.get("error_occurred"):
-                yield f"{name}: {run['error_message']}"
-    for name, most in MOST_ALLOCATIONS.items():
-        for run in runs.get(name, []):
-            if run.get("allocs", 0) > most:
-                yield f"{name}: {run['allocs']} allocations, more than {most}"
+    def is_foreign(self, benchmark):
+        return self.name == "by_hand" and benchmark.startswith(NOT_BY_HAND)
 
+    def benchmarks(self):
+        return self.rounds.keys() | self.instructions.keys()
 
-def times(repetitions):
-    """Nanoseconds per unit. The processor's time, which another program's load does not add to;
-    the elapsed time where several threads work."""
-    clock = "real_time" if "real_time" in repetitions[0]["name"] else "cpu_time"
-    return [run[clock] for run in repetitions]
+    def times(self, benchmark):
+        """Nanoseconds per round. The processor's time, which another program's load does not
+        add to; the elapsed time where several threads work."""
+        clock = "real_time" if "real_time" in benchmark else "cpu_time"
+        return [run[clock] for run in self.rounds.get(benchmark, [])]
+
+    def time(self, benchmark):
+        times = self.times(benchmark)
+        return statistics.median(times) if times else None
+
+    def counted(self, benchmark, counter):
+        return [run[counter] for run in self.rounds.get(benchmark, []) if counter in run]
+
+    def faults(self, expected):
+        for benchmark in expected:
+            if benchmark not in self.rounds and not self.is_foreign(benchmark):
+                yield f"{benchmark}: did not run"
+        for benchmark, runs in self.rounds.items():
+            for run in runs:
+                if run.get("error_occurred"):
+                    yield f"{benchmark}: {run['error_message']}"
+        if self.name == "infosync":
+            for benchmark, most in MOST_ALLOCATIONS.items():
+                for count in self.counted(benchmark, "allocs"):
+                    if count > most:
+                        yield f"{benchmark}: {count} allocations, more than {most}"
+        if self.name != "everything":  # which leaves the reports out
+            for benchmark in self.benchmarks():
+                if "lifecycle/" not in benchmark or benchmark.startswith("threads/"):
+                    continue  # the threads share one count
+                calls = self.counted(benchmark, "service_calls")
+                calls += [self.report_calls[benchmark]] if benchmark in self.report_calls else []
+                for count in set(calls) - {REPORT_CALLS}:
+                    yield f"{benchmark}: the service received {count} calls, not {REPORT_CALLS}"
 
 
 def spread(values):
     if len(values) < 2:
-        return 0.0
+        return None
     low, _, high = statistics.quantiles(values, n=4)
     return high - low
 
 
-def cells(repetitions):
-    values = times(repetitions)
-    first = repetitions[0]
-    return (f"{statistics.median(values):12.1f}{spread(values):10.1f}"
-            f"{first.get('allocs', 0):8.1f}{first.get('heap_bytes', 0):8.0f}")
+def cell(width, digits, value):
+    return f"{'' if value is None else format(value, f'.{digits}f'):>{width}}"
 
 
-def ratio(repetitions, baseline):
-    return statistics.median(times(repetitions)) / statistics.median(times(baseline))
+def ratio(value, reference):
+    return value / reference if value is not None and reference else None
 
 
-def print_table(runs, context):
-    repetitions = max(len(repetitions) for repetitions in runs.values())
-    print(f"{repetitions} repetitions, {context['num_cpus']} processors at "
-          f"{context['mhz_per_cpu']} MHz, load {context['load_avg'][:1]}\n")
-    head = f"{'ns':>12}{'+-':>10}{'allocs':>8}{'bytes':>8}"
-    print(f"{'':44}{head} |{head}  {'baseline':17}ratio")
-    for name in sorted(runs, key=lambda name: name.split("/", 1)[::-1]):
-        if name.startswith(BASELINES):
-            continue
-        line = f"{name.removeprefix(LIBRARY):44}{cells(runs[name])}"
-        if not name.startswith(LIBRARY):
-            print(line)
-            continue
-        for baseline in BASELINES:
-            theirs = runs.get(name.replace(LIBRARY, baseline))
-            if theirs is None:
-                continue
-            print(f"{line} |{cells(theirs)}  {baseline[:-1]:16}{ratio(runs[name], theirs):6.2f}")
+def row(library, reference, benchmark):
+    time = library.time(benchmark)
+    instructions = library.instructions.get(benchmark)
+    allocations = library.counted(benchmark, "allocs") or [None]
+    heap_bytes = library.counted(benchmark, "heap_bytes") or [None]
+    return (f"{library.name:15}{cell(12, 1, time)}{cell(10, 1, spread(library.times(benchmark)))}"
+            f"{cell(8, 3, ratio(time, reference.time(benchmark)))}{cell(13, 0, instructions)}"
+            f"{cell(8, 3, ratio(instructions, reference.instructions.get(benchmark)))}"
+            f"{cell(8, 1, allocations[0])}{cell(8, 0, heap_bytes[0])}")
 
 
-def main(arguments):
-    if arguments[:1] == ["--median"]:
-        print(statistics.median(times(read_runs(arguments[2:])[0][arguments[1]])))
-        return 0
-    complete = arguments[:1] == ["--complete"]
-    expected = sys.stdin.read().split() if complete else []
-    runs, context = read_runs(arguments[complete:])
-    found = list(faults(runs, expected))
-    if not runs:
-        found.append("no results")
-    if not found:
-        print_table(runs, context)
+def print_table(libraries):
+    context = libraries[0].context
+    if context:
+        rounds = max(len(runs) for runs in libraries[0].rounds.values())
+        print(f"{rounds} rounds, {context['num_cpus']} processors at {context['mhz_per_cpu']} MHz, "
+              f"load {context['load_avg'][:1]}; ratios to {libraries[0].name}\n")
+    print(f"{'':40}{'':15}{'ns':>12}{'+-':>10}{'ratio':>8}{'instructions':>13}{'ratio':>8}"
+          f"{'allocs':>8}{'bytes':>8}")
+    for benchmark in sorted(set().union(*(library.benchmarks() for library in libraries))):
+        label = benchmark
+        for library in libraries:
+            if benchmark in library.benchmarks():
+                print(f"{label:40}{row(library, libraries[0], benchmark)}")
+                label = ""
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__)
+    parser.add_argument("--names", type=str.split, required=True)
+    parser.add_argument("folder", type=pathlib.Path)
+    arguments = parser.parse_args()
+    libraries = [Library(arguments.folder, name) for name in arguments.names]
+    list_of_expected = arguments.folder / "expected"
+    expected = (list_of_expected.read_text(encoding="utf-8").split()
+                if list_of_expected.exists() else [])
+    found = [f"{library.name}: {fault}" for library in libraries
+             for fault in library.faults(expected)]
+    found += [f"{library.name}: no results" for library in libraries if not library.benchmarks()]
+    if any(library.benchmarks() for library in libraries):
+        print_table(libraries)
     for fault in found:
-        print(fault, file=sys.stderr)
+        print(f"bench: {fault}", file=sys.stderr)
     return 1 if found else 0
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(main())

@@ -1,87 +1,168 @@
 #!/usr/bin/env bash
-# Runs the benchmarks of a release build and prints medians, spreads, and ratios to the
-# hand-written baseline.
+# Runs the benchmarks of a release build with libcaminfosync.so and with another library of that
+# name, in turn, and prints medians, spreads, and the ratios of the first to the other.
 #
-#   run.sh [ARGS]           all of them, 20 interleaved repetitions; ARGS go to Google Benchmark
-#   run.sh --smoke          each one once; fails if one does not run or allocates too often
-#   run.sh --instructions   instructions per lifecycle, counted by callgrind
-#   run.sh --without        what the fixed copies and locks cost, by leaving each out
+#   run.sh                     all of them, and the instructions: against the hand-written baseline
+#   run.sh --against FOLDER    the same against the libcaminfosync.so in FOLDER
+#   run.sh --instructions      only the instructions, counted by callgrind
+#   run.sh --without           what the fixed copies and locks cost, by leaving each out
+#   run.sh --smoke             each benchmark once
 #
-# INFOSYNC_BENCH_BUILD names the build folder, build/release if unset.
+# --against goes with --instructions and --smoke, too. Arguments that begin with --benchmark_ go
+# to Google Benchmark. Fails if a benchmark does, if one is missing, or if an operation allocates
+# more often than it may. INFOSYNC_BENCH_BUILD names the build folder, build/release if unset.
 set -euo pipefail
+began_in=$PWD
 cd "$(dirname "$0")/.."
+
+say() { printf 'bench: %s\n' "$*" >&2; }
+die() { say "$@"; exit 1; }
+
+mode=full reference=by_hand against='' benchmark_arguments=()
+while [ $# -gt 0 ]; do
+    case $1 in
+    --smoke | --instructions | --without)
+        [ "$mode" = full ] || die "--$mode and $1 exclude each other"
+        mode=${1#--}
+        ;;
+    --against)
+        [ $# -gt 1 ] || die "--against takes the folder of another libcaminfosync.so"
+        against=$(cd "$began_in" && cd "$2" && pwd) || die "--against: no folder $2"
+        reference=against
+        shift
+        ;;
+    --benchmark_*) benchmark_arguments+=("$1") ;;
+    *) die "unknown argument: $1 (known: --smoke, --instructions, --without, --against FOLDER," \
+        "--benchmark_...)" ;;
+    esac
+    shift
+done
+[ "$mode" != without ] || [ -z "$against" ] || die "--without and --against exclude each other"
 
 build=${INFOSYNC_BENCH_BUILD:-build/release}
 programs=$build/benchmarks
 results=$programs/results
-mkdir -p "$results"
 
-# Runs both programs with the given arguments; only the results are printed.
-run_all() {
-    for program in infosync-bench infosync-bench-load; do
-        "$programs/$program" "$@" --benchmark_out="$results/$program.json" >"$results/$program.txt" \
-            2>&1 || { cat "$results/$program.txt" >&2; return 1; }
-    done
+# The folder that a library lies in, by the name that it has in the results.
+folder_of() {
+    case $1 in
+    infosync) echo "$build" ;;
+    by_hand) echo "$programs/by_hand" ;;
+    against) echo "$against" ;;
+    *) echo "$programs/without/$1" ;;
+    esac
 }
 
-# The names of all benchmarks, to see that none is missing from the results.
-list_all() {
-    for program in infosync-bench infosync-bench-load; do
-        "$programs/$program" --benchmark_list_tests 2>/dev/null | grep -v '^features_mgr_handle'
-    done
+# Fails unless the programs would run with the library that is meant.
+check_library() {
+    local folder used
+    folder=$(folder_of "$1")
+    [ -f "$folder/libcaminfosync.so" ] || die "there is no libcaminfosync.so in $folder"
+    used=$(LD_LIBRARY_PATH=$folder ldd "$programs/infosync-bench" |
+        awk '$1 == "libcaminfosync.so" { print $3 }')
+    [ "$used" -ef "$folder/libcaminfosync.so" ] || die "the programs take $used, not $folder"
 }
 
-# Instructions per lifecycle: the difference of two runs of different length.
-instructions() {
-    local file=benchmarks/data/$1.jsonl implementation=${2:-infosync} few=100 many=300 count counts=()
-    for count in $few $many; do
-        counts+=("$(valgrind --tool=callgrind --callgrind-out-file=/dev/null \
-            "$programs/infosync-instructions" "$file" "$count" "$implementation" 2>&1 |
-            sed -n 's/.*Collected : //p')")
-    done
-    echo $(((counts[1] - counts[0]) / (many - few)))
+# One run of all benchmarks: run_once LIBRARY ROUND ARGUMENT...
+run_once() {
+    local library=$1 output=$results/$1.$2.json
+    shift 2
+    LD_LIBRARY_PATH=$(folder_of "$library") "$programs/infosync-bench" "$@" \
+        "${benchmark_arguments[@]}" --benchmark_out="$output" >"$results/output.txt" 2>&1 ||
+        { cat "$results/output.txt" >&2; die "infosync-bench fails with $library"; }
 }
 
-# The median time of a lifecycle with one thing left out.
-median() { benchmarks/report.py --median "infosync/lifecycle/$1/4" "$results/$2".*.json; }
-
-case ${1:-} in
---smoke)
-    shift
-    run_all --benchmark_min_time=0 "$@"
-    list_all | benchmarks/report.py --complete "$results"/infosync-bench{,-load}.json >/dev/null
-    echo "every benchmark ran"
-    ;;
---instructions)
-    printf '%-24s %12s %12s %8s\n' 'per lifecycle' infosync 'by hand' ratio
-    for file in lifecycle lifecycle-long-names; do
-        ours=$(instructions "$file")
-        theirs=$(instructions "$file" by_hand)
-        printf '%-24s %12d %12d %8s\n' "$file" "$ours" "$theirs" \
-            "$(awk "BEGIN { printf \"%.2f\", $ours / $theirs }")"
-    done
-    ;;
---without)
-    cmake --build "$build" --target without >/dev/null
-    variants=(nothing record_copy algorithm_copy both_copies mutex_pass locks)
-    for round in {1..11}; do  # in turn, so that the machine's load meets all alike
-        for left_out in "${variants[@]}"; do
-            LD_LIBRARY_PATH=$programs/without/$left_out "$programs/infosync-bench" \
-                --benchmark_filter='^infosync/lifecycle' --benchmark_min_time=0.05 \
-                --benchmark_out="$results/$left_out.$round.json" >/dev/null 2>&1
+# Runs the libraries in turn, so that the machine's load meets all alike: run_rounds COUNT
+# LIBRARIES ARGUMENT...
+run_rounds() {
+    local count=$1 round library libraries=$2
+    shift 2
+    for ((round = 1; round <= count; ++round)); do
+        say "round $round of $count: $libraries"
+        for library in $libraries; do
+            run_once "$library" "$round" "$@"
         done
     done
-    printf '%-16s %36s %36s\n' without 'short names: instructions, ns' 'long names: instructions, ns'
-    for left_out in "${variants[@]}"; do
-        export LD_LIBRARY_PATH=$programs/without/$left_out
-        printf '%-16s %24d %11.0f %24d %11.0f\n' "$left_out" \
-            "$(instructions lifecycle)" "$(median short_names "$left_out")" \
-            "$(instructions lifecycle-long-names)" "$(median long_names "$left_out")"
+}
+
+# What a library prints, and its instructions as callgrind counts them.
+count_once() {
+    LD_LIBRARY_PATH=$(folder_of "$1") valgrind --tool=callgrind --callgrind-out-file=/dev/null \
+        "$programs/infosync-instructions" "$2" "$3" 2>"$results/callgrind.txt" | tail -n 1 ||
+        { cat "$results/callgrind.txt" >&2; die "infosync-instructions fails with $1"; }
+    sed -n 's/.*Collected : //p' "$results/callgrind.txt"
+}
+
+# Instructions and service calls of one thing: the difference of two runs of different length.
+count_instructions() {
+    local few=100 many=300 least most
+    mapfile -t least < <(count_once "$1" "$3" $few)
+    mapfile -t most < <(count_once "$1" "$3" $many)
+    [ "${#least[@]} ${#most[@]}" = "2 2" ] || die "no instructions of $3 with $1"
+    echo "$2 $(((most[1] - least[1]) / (many - few))) $(((most[0] - least[0]) / (many - few)))"
+}
+
+count_all() {
+    local library
+    for library in $1; do
+        say "counting the instructions of $library"
+        for name in lifecycle/short_names/4 lifecycle/long_names/4 ${2:-}; do
+            what=${name%/4}
+            count_instructions "$library" "$name" "${what#*/}"
+        done >"$results/$library.instructions"
     done
+}
+
+compare_loads() {
+    say "loading infosync and $reference in turn"
+    "$programs/infosync-bench-load" "$build/libcaminfosync.so" \
+        "$(folder_of "$reference")/libcaminfosync.so" "$1"
+}
+
+report() { benchmarks/report.py --names "$libraries" "$results" || die "failed"; }
+
+# The names of all benchmarks that were asked for, to see that none is missing.
+expected() {
+    "$programs/infosync-bench" "${benchmark_arguments[@]}" --benchmark_list_tests 2>/dev/null |
+        grep -v '^features_mgr_handle'
+}
+
+libraries="$reference infosync"
+variants='record_copy algorithm_copy both_copies mutex_pass locks everything'
+rm -rf "$results"
+mkdir -p "$results"
+if [ "$mode" = without ]; then
+    say "building the variants"
+    cmake --build "$build" --target without >"$results/build.txt" 2>&1 ||
+        { cat "$results/build.txt" >&2; die "the variants cannot be built"; }
+    libraries="infosync $variants"
+fi
+for library in $libraries; do
+    check_library "$library"
+done
+case $mode in
+smoke)
+    run_rounds 1 "$libraries" --benchmark_min_time=0
+    expected >"$results/expected"
+    report >"$results/table.txt"
+    compare_loads 1 >>"$results/table.txt"
+    say "$(wc -l <"$results/expected") benchmarks ran once with each library, without a fault"
     ;;
-*)
-    run_all --benchmark_repetitions=20 --benchmark_enable_random_interleaving=true \
-        --benchmark_min_time=0.05 "$@"
-    benchmarks/report.py "$results"/infosync-bench{,-load}.json
+instructions)
+    count_all "$libraries" operation/command
+    report
+    ;;
+without)
+    run_rounds 11 "$libraries" --benchmark_min_time=0.05 --benchmark_filter='^lifecycle'
+    count_all "$libraries"
+    report
+    ;;
+full)
+    run_rounds 15 "$libraries" --benchmark_min_time=0.05
+    expected >"$results/expected"
+    count_all "$libraries" operation/command
+    report
+    compare_loads 51
     ;;
 esac
+[ "$mode" = smoke ] || say "done; the results are in $results"

@@ -9,6 +9,12 @@
 
 // The service that learns about snapshots and holds the values of named switches. Borrowed
 // from the overlap library.
+//
+// Called from any thread. queryValue is called with nothing locked, by several threads at once and
+// also while a report is being sent; it may call this library. A report that a flush sends comes
+// with a manager's queue locked: until finishReport has returned, the service must neither call an
+// operation on records nor wait for a thread that does. Reports that are requested directly come
+// with nothing locked, several at once. What the service throws reaches the library's caller.
 // No virtual destructor: it would take two slots, and the object is never ours to delete.
 class IntentAwareSys {
   public:

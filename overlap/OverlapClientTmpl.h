@@ -27,8 +27,17 @@ struct OverlapOptions {
 static_assert(offsetof(OverlapOptions, disabled) == 8 && sizeof(OverlapOptions) == 13,
               "the overlap library reads the options at these offsets");
 
+// The overlap library's entry point, and the name that it is exported under.
+using OverlapEntry = OverlapInstance*(OverlapOptions* options);
+inline constexpr char kOverlapEntry[] = "GetInstance";
+
 // The process-wide client of the overlap library. A process without that library is normal:
 // the client then holds nothing.
+//
+// The overlap library is loaded while this library is, and must not call this library until that
+// is done. It is closed at process exit: by then its own threads must have ended. An exception of
+// its entry point, of the start or of the service's accessor is caught; one that leaves a static
+// initialiser of that library ends the process, and nothing here could catch it.
 //
 // Thread safety: GetInstance is safe from any thread. Load and GetIntentAwareSys take no lock;
 // they are meant for load time, when the dynamic loader runs one thread.
@@ -80,8 +89,7 @@ class OverlapClientTmpl {
             return -1;
         }
         // Deliberate: not checked. An overlap library without this entry point is not supported.
-        auto* entry = reinterpret_cast<OverlapInstance* (*)(OverlapOptions*)>(
-                dlsym(handle.get(), "GetInstance"));
+        auto* entry = reinterpret_cast<OverlapEntry*>(dlsym(handle.get(), kOverlapEntry));
         OverlapInstance* instance = nullptr;
         try {
             instance = entry(&mOptions);

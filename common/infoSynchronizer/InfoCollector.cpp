@@ -1,13 +1,17 @@
 #include "InfoCollector.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstdio>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <android/log.h>
 
 #include "IntentAwareSys.h"
 #include "Log.h"
+#include "LogSites.h"
+#include "NumberText.h"
 #include "RequestRecord.h"
 #include "Saturate.h"
 
@@ -22,41 +26,9 @@ constexpr int32_t kFinishSecond = 10000;
 
 constexpr size_t kUsualEventSize = 256;  // of an event with names of up to 80 characters
 
-// A number as the report writes it.
-class NumberText {
-  public:
-    template <typename Integer>
-    explicit NumberText(Integer value) : mEnd(put(mText, value)) {}
-
-    // As printf's %f. Not by std::to_chars, which the phone's C++ library may lack for floating
-    // point. The millionths of a float are exact in a double, so that rounding them once gives
-    // what printf gives.
-    explicit NumberText(float value) : mEnd(mText) {
-        const double millionths = std::fabs(static_cast<double>(value) * 1e6);
-        if (!(millionths < 1e18)) {  // NaN, too
-            mEnd += snprintf(mText, sizeof(mText), "%f", static_cast<double>(value));
-            return;
-        }
-        if (std::signbit(value)) {
-            *mEnd++ = '-';
-        }
-        const long long rounded = std::llrint(millionths);
-        char* point = put(mEnd, rounded / 1000000);
-        mEnd = put(point, 1000000 + rounded % 1000000);
-        *point = '.';  // in place of the digit that kept the zeros
-    }
-
-    std::string_view text() const { return {mText, static_cast<size_t>(mEnd - mText)}; }
-
-  private:
-    template <typename Integer>
-    char* put(char* begin, Integer value) {
-        return std::to_chars(begin, mText + sizeof(mText), value).ptr;
-    }
-
-    char mText[64];  // the longest float has 47 characters
-    char* mEnd;
-};
+// How the two events of a node end.
+constexpr std::string_view kStartEnd = R"(","node_stage":"0"}})";
+constexpr std::string_view kCompletionEnd = R"(","node_stage":"2"}})";
 
 // Sends the report on one record. The texts are concatenated as they are: names that hold
 // quotes give a report that is no JSON, and the service is used to that.
@@ -126,12 +98,12 @@ void Report::buildStartEvent(const std::string& node, double time) {
     if (!mRecord.frameInfo.camIds.empty()) {
         mEvent += NumberText(mRecord.frameInfo.camIds.front()).text();
     }
-    mEvent += R"(","node_stage":"0"}})";
+    mEvent += kStartEnd;
 }
 
-// The two events of a node differ in the time and in the stage only.
+// The two events of a node differ in the time and at the end only.
 void Report::turnIntoCompletionEvent(double time) {
-    mEvent[mEvent.size() - sizeof(R"("}})")] = '2';  // the character before the closing ones
+    mEvent.replace(mEvent.size() - kStartEnd.size(), kStartEnd.size(), kCompletionEnd);
     mEvent.replace(mTimeBegin, mTimeEnd - mTimeBegin,
                    NumberText(truncateSaturated<int64_t>(time)).text());
 }

@@ -2,8 +2,11 @@
 
 #include <utility>
 
+#include <android/log.h>
+
 #include "IntentAwareSys.h"
 #include "Log.h"
+#include "LogSites.h"
 #include "OverlapClientTmpl.h"
 
 namespace camInfosync {
@@ -43,19 +46,34 @@ void* CmdExecutor::requestCmd(const void* in) {
         INFOSYNC_LOGW(INFOSYNC_HERE("requestCmd"), "no command key given");
         return nullptr;
     }
-    std::string key(static_cast<const char*>(in));
-    std::string value;
+    const std::string key(static_cast<const char*>(in));
+    std::string answer;
     if (mIntentAwareImpl != nullptr) {
-        value = mIntentAwareImpl->queryValue(key);
+        answer = mIntentAwareImpl->queryValue(key);
     }
-    auto position = mCmdValues.lower_bound(key);
-    if (position == mCmdValues.end() || position->first != key) {
-        position = mCmdValues.emplace_hint(position, std::move(key), std::move(value));
-    } else if (position->second != value) {  // an equal answer must not write: others may read it
-        position->second = std::move(value);
+    // Entries and texts never change once they can be seen here, so they are read unlocked.
+    const Commands::value_type* asked = mLastAsked.load(std::memory_order_acquire);
+    const std::string* text = nullptr;
+    if (asked != nullptr && asked->first == key) {
+        text = asked->second.last.load(std::memory_order_acquire);
     }
-    // Not data(): of a string that others may read at the same time, only const members.
-    return const_cast<char*>(position->second.c_str());
+    if (text == nullptr || *text != answer) {
+        text = &keep(key, std::move(answer));
+    }
+    return const_cast<char*>(text->c_str());  // the interface's void* is the caller's const char*
+}
+
+// Makes `answer` the last one for `key`, and returns the text that is kept of it.
+const std::string& CmdExecutor::keep(const std::string& key, std::string answer) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    Commands made;  // a new entry: moved in once nothing can fail, so that none lacks an answer
+    const auto position = mCmdValues.find(key);
+    auto& entry = position != mCmdValues.end() ? *position : *made.try_emplace(key).first;
+    const std::string& text = *entry.second.texts.insert(std::move(answer)).first;
+    entry.second.last.store(&text, std::memory_order_release);
+    mCmdValues.merge(made);
+    mLastAsked.store(&entry, std::memory_order_release);
+    return text;
 }
 
 }  // namespace camInfosync

@@ -1,46 +1,31 @@
-#define INFOSYNC_MANAGER_SOURCE
 #include "InfoSynchronizerManager.h"
 
-#include <string.h>
 #include <time.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include <android/log.h>
+
+#include "CollectionSwitch.h"
 #include "Log.h"
-#include "Saturate.h"
+#include "LogSites.h"
+#include "QueueAccess.h"
+#include "QueueGuard.h"
+#include "TimeStages.h"
+#include "UpdateRules.h"
 
 namespace camInfosync {
 namespace {
 
 constexpr char kLogTag[] = "kelo-InfoSynchronizer";
-
-constexpr char kCollectEnableCommand[] = "snapshotInfoCollectEnable";
-constexpr char kNotReturned[] = "not_return";
-
-// Holds a queue's mutex for one record operation.
-class INFOSYNC_SCOPED_CAPABILITY QueueGuard {
-  public:
-    explicit QueueGuard(RequestRecordQueue& queue) INFOSYNC_ACQUIRE(queue.mutex) : mQueue(queue) {
-        // Deliberate: passes the mutex once before holding it. No result depends on it; keep it.
-        mQueue.mutex.lock();
-        mQueue.mutex.unlock();
-        mQueue.mutex.lock();
-    }
-    ~QueueGuard() INFOSYNC_RELEASE() { mQueue.mutex.unlock(); }
-    QueueGuard(const QueueGuard&) = delete;
-    QueueGuard& operator=(const QueueGuard&) = delete;
-
-  private:
-    RequestRecordQueue& mQueue;
-};
-
-RequestRecord* lookUp(RequestRecordQueue& queue, const std::string& imageName)
-        INFOSYNC_REQUIRES(queue.mutex) {
-    const auto position = queue.records.find(imageName);
-    return position != queue.records.end() ? position->second.get() : nullptr;
-}
 
 RequestRecord* findOrWarn(RequestRecordQueue& queue, const std::string& imageName,
                           site::LogSite origin) INFOSYNC_REQUIRES(queue.mutex) {
@@ -49,25 +34,6 @@ RequestRecord* findOrWarn(RequestRecordQueue& queue, const std::string& imageNam
         INFOSYNC_LOGW(origin, "can't find imageName: %s", imageName.c_str());
     }
     return record;
-}
-
-unsigned long countRecords(const RequestRecordQueue& queue) INFOSYNC_REQUIRES(queue.mutex) {
-    return queue.records.size();
-}
-
-unsigned long lockAndCount(const std::shared_ptr<RequestRecordQueue>& queue) {
-    if (queue == nullptr) {
-        return 0;
-    }
-    std::lock_guard<std::mutex> lock(queue->mutex);
-    return countRecords(*queue);
-}
-
-void markFailed(RequestRecordQueue& queue, RequestRecord& record, std::string imageName,
-                const char* text) INFOSYNC_REQUIRES(queue.mutex) {
-    record.hasError = true;
-    queue.errorImageNames.push_back(std::move(imageName));
-    record.errorInfo.emplace_back(text);
 }
 
 // The table entry of a caller's code, or null after a warning.
@@ -80,78 +46,17 @@ const char* textOrWarn(const char* const (&table)[Size], int32_t code, site::Log
     return table[code];
 }
 
-// Milliseconds from `begin` to `end`.
-// Deliberate: no borrow from the seconds, division toward zero, and the low 32 bits only.
-int32_t intervalMs(const timespec& begin, const timespec& end) {
-    const int64_t ms = (end.tv_sec - begin.tv_sec) * int64_t{1000} +
-                       (end.tv_nsec - begin.tv_nsec) / int64_t{1000000};
-    return static_cast<int32_t>(static_cast<uint32_t>(ms));
-}
-
-// The text of a time stage, ready to look up with.
-const std::string& stageKey(uint32_t stage) {
-    static const std::vector<std::string> keys(std::begin(TimeStageToChar),
-                                               std::end(TimeStageToChar));
-    return keys[stage];
-}
-
-// Stores what a time stage other than 0 stands for.
-// Deliberate: stages 3 and 13 write two keys, 6 a difference, 7 and 11 a constant 0.
-void storeStage(std::map<std::string, int64_t>& timeInfo, uint32_t stage, int32_t interval) {
-    switch (stage) {
-        case 3:
-        case 13:
-            timeInfo[stageKey(3)] = interval;
-            timeInfo[stageKey(13)] = interval;
-            break;
-        case 6: {
-            // A request stage that is missing counts as 0, and is put in place as such.
-            const auto requested = static_cast<double>(timeInfo[stageKey(4)]);
-            timeInfo[stageKey(6)] = truncateSaturated<int64_t>(interval - requested);
-            break;
-        }
-        case 7:
-        case 11:
-            timeInfo[stageKey(stage)] = 0;
-            break;
-        default:
-            timeInfo[stageKey(stage)] = interval;
-            break;
-    }
-}
-
-// Gives `key` its starting value if it is new. Looks at the end first: nodes are usually listed
-// in the order of their names.
-template <typename Value, typename Key, typename Start>
-void seed(std::map<std::string, Value>& values, Key&& key, Start start) {
-    if (values.empty() || values.rbegin()->first < key) {
-        values.emplace_hint(values.end(), std::forward<Key>(key), start);
-    } else {
-        values.try_emplace(std::forward<Key>(key), start);
-    }
-}
-
-// What decides whether a snapshot operation does anything.
-struct CollectionSwitch {
-    const char* cmdVal;  // the executor's; valid until it is asked again
-    bool collectEnabled;
-
-    bool isOn() const { return camQuillSupported && collectEnabled; }
-};
-
-// The executor is asked every time, also when collection is forced.
 CollectionSwitch readCollectionSwitch() {
     auto& synchronizers = InfoSynchronizerManager::getInstance().mSynchronizers;
-    const auto* cmdVal = static_cast<const char*>(
-            synchronizers[INFO_SYNC_TYPE_CMD]->requestCmd(kCollectEnableCommand));
-    return {cmdVal, infoSyncCollectForceEnabled || strcmp(cmdVal, "enabled") == 0};
+    return CollectionSwitch(*synchronizers[INFO_SYNC_TYPE_CMD], camQuillSupported,
+                            infoSyncCollectForceEnabled);
 }
 
 }  // namespace
 
 InfoSynchronizerManager::InfoSynchronizerManager() {
     INFOSYNC_LOGI(site::kConstructEnter, "Construct Enter");
-    stageKey(0);  // makes the keys now: what is made before a manager outlives it at process exit
+    stageKey(0);  // made before the manager, so that a manager used at process exit still has them
     mSynchronizers[INFO_SYNC_TYPE_COLLECT] =
             std::make_shared<InfoCollector>(INFO_SYNC_TYPE_COLLECT);
     mSynchronizers[INFO_SYNC_TYPE_CMD] = std::make_shared<CmdExecutor>(INFO_SYNC_TYPE_CMD);
@@ -168,37 +73,38 @@ InfoSynchronizerManager::~InfoSynchronizerManager() {
     mRequestRecordQueue.reset();
 }
 
+InfoSynchronizerManager& InfoSynchronizerManager::getInstance() {
+    static InfoSynchronizerManager instance;
+    return instance;
+}
+
 void InfoSynchronizerManager::request(InfoSyncType type, const void* in, void** out) {
     switch (type) {
         case INFO_SYNC_TYPE_COLLECT:
         case INFO_SYNC_TYPE_COLLECT_ALT:
             mSynchronizers[type]->requestInfo(in);
             return;
-        case INFO_SYNC_TYPE_CMD: {
+        case INFO_SYNC_TYPE_CMD:
             if (out == nullptr) {
                 INFOSYNC_LOGW(INFOSYNC_HERE("request"), "no place for the result given");
                 return;
             }
-            void* result = mSynchronizers[type]->requestCmd(in);
-            if (result != nullptr) {  // null only for a null key
-                *out = result;
-            }
+            *out = mSynchronizers[type]->requestCmd(in);
             return;
-        }
         default:
             return;
     }
 }
 
 void InfoSynchronizerManager::registerSnapshotRequestRecord(std::string imageName) {
-    if (!readCollectionSwitch().isOn()) {
+    if (!readCollectionSwitch().isOn) {
         return;
     }
     const std::shared_ptr<RequestRecordQueue> queue = getInstance().mRequestRecordQueue;
     if (queue != nullptr) {
         queue->emplace_back(imageName);
     }
-    if (logging::toAny(ANDROID_LOG_INFO)) {
+    if (logging::isOpen(ANDROID_LOG_INFO)) {
         const unsigned long size = lockAndCount(queue);
         INFOSYNC_LOGI(INFOSYNC_HERE("registerSnapshotRequestRecord"),
                       "register image %s, queue size: %lu", imageName.c_str(), size);
@@ -206,14 +112,14 @@ void InfoSynchronizerManager::registerSnapshotRequestRecord(std::string imageNam
 }
 
 void InfoSynchronizerManager::unregisterSnapshotRequestRecord(std::string imageName) {
-    if (!readCollectionSwitch().isOn()) {
+    if (!readCollectionSwitch().isOn) {
         return;
     }
     const std::shared_ptr<RequestRecordQueue> queue = getInstance().mRequestRecordQueue;
     if (queue != nullptr) {
         queue->remove(imageName);
     }
-    if (logging::toAny(ANDROID_LOG_INFO)) {
+    if (logging::isOpen(ANDROID_LOG_INFO)) {
         const unsigned long size = lockAndCount(queue);
         INFOSYNC_LOGI(INFOSYNC_HERE("unregisterSnapshotRequestRecord"),
                       "unregister image %s, queue size: %lu", imageName.c_str(), size);
@@ -227,7 +133,7 @@ void InfoSynchronizerManager::snapshotRequestInfoFlush(std::string imageName, In
                   "camQuillSupported:%d,  infoSyncCollectEnabled:%d, cmdVal: %s",
                   static_cast<int>(camQuillSupported), static_cast<int>(collection.collectEnabled),
                   collection.cmdVal);
-    if (!collection.isOn()) {
+    if (!collection.isOn) {
         return;
     }
     InfoSynchronizerManager& manager = getInstance();
@@ -249,16 +155,8 @@ void InfoSynchronizerManager::updateFrameInfo(std::string imageName, uint32_t fr
     RequestRecord* record =
             findOrWarn(*mRequestRecordQueue, imageName, INFOSYNC_HERE("updateFrameInfo"));
     if (record != nullptr) {
-        FrameInfo& frame = record->frameInfo;
-        frame.frameNumber = frameNumber;
-        frame.timestamp = std::move(timestamp);
-        frame.frameExtra = frameExtra;
-        frame.imageName = imageName;
-        if (frame.camIds.empty()) {
-            frame.camIds = std::move(camIds);
-        } else {
-            frame.camIds.insert(frame.camIds.end(), camIds.begin(), camIds.end());
-        }
+        storeFrame(record->frameInfo,
+                   {frameNumber, std::move(timestamp), std::move(camIds), frameExtra, imageName});
     }
     // Deliberate: two blanks around the name here and in the other "update" lines.
     INFOSYNC_LOGI(INFOSYNC_HERE("updateFrameInfo"), "update  image %s  frameinfo, queue size: %lu",
@@ -323,10 +221,9 @@ void InfoSynchronizerManager::updateAnchorFrame(std::string imageName, int32_t a
     QueueGuard guard(*mRequestRecordQueue);
     RequestRecord* record =
             findOrWarn(*mRequestRecordQueue, imageName, INFOSYNC_HERE("updateAnchorFrame"));
-    if (record == nullptr) {
-        return;
+    if (record != nullptr) {
+        record->snapshotInfo.requestInfo.anchorFrame = anchorFrame;
     }
-    record->snapshotInfo.requestInfo.anchorFrame = anchorFrame;
 }
 
 void InfoSynchronizerManager::updateVndResultInfo(std::string imageName, uint32_t resultId,
@@ -342,15 +239,7 @@ void InfoSynchronizerManager::updateVndResultInfo(std::string imageName, uint32_
     if (record == nullptr) {
         return;
     }
-    SnapshotInfo::VendorResultInfo& results = record->snapshotInfo.vendorResultInfo;
-    const std::vector<int32_t>& expected = record->snapshotInfo.requestInfo.expectedResultIds;
-    // Deliberate: overwrites results that have come already, and counts repeated ids each time.
-    if (results.size() < expected.size()) {
-        for (int32_t id : expected) {
-            results[id] = kNotReturned;
-        }
-    }
-    results[static_cast<int32_t>(resultId)] = text;
+    storeVendorResult(record->snapshotInfo, static_cast<int32_t>(resultId), text);
     if (errorCode != 0) {
         markFailed(*mRequestRecordQueue, *record, std::move(imageName), "vendor result error");
         INFOSYNC_LOGW(INFOSYNC_HERE("updateVndResultInfo"), "had error %s, do action!", text);
@@ -362,10 +251,9 @@ void InfoSynchronizerManager::updateVndResultInfo(std::string imageName,
     QueueGuard guard(*mRequestRecordQueue);
     RequestRecord* record =
             findOrWarn(*mRequestRecordQueue, imageName, INFOSYNC_HERE("updateVndResultInfo"));
-    if (record == nullptr) {
-        return;
+    if (record != nullptr) {
+        record->snapshotInfo.vendorResultInfo.swap(info);
     }
-    record->snapshotInfo.vendorResultInfo.swap(info);
 }
 
 void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
@@ -373,14 +261,7 @@ void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
     QueueGuard guard(*mRequestRecordQueue);
     mRequestRecordQueue->findByImageName(
             imageName, [&algoList](const std::shared_ptr<RequestRecord>& record) {
-                SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
-                algo.algoList.swap(algoList);
-                for (const std::string& entry : algo.algoList) {
-                    std::string key = entry.substr(0, entry.find(':'));
-                    seed(algo.algoTimeA, key, 0.0);
-                    seed(algo.algoTimeB, key, 0.0);
-                    seed(algo.algoState, std::move(key), "none");
-                }
+                replaceAlgoList(record->snapshotInfo.zuAlgoInfo, algoList);
                 return false;
             });
     INFOSYNC_LOGI(INFOSYNC_HERE("updateZuAlgoInfo"),
@@ -393,10 +274,9 @@ void InfoSynchronizerManager::updateZuAlgoInfo(std::string imageName,
     QueueGuard guard(*mRequestRecordQueue);
     RequestRecord* record =
             findOrWarn(*mRequestRecordQueue, imageName, INFOSYNC_HERE("updateZuAlgoInfo"));
-    if (record == nullptr) {
-        return;
+    if (record != nullptr) {
+        std::swap(record->snapshotInfo.zuAlgoInfo, info);
     }
-    std::swap(record->snapshotInfo.zuAlgoInfo, info);
 }
 
 void InfoSynchronizerManager::updateSnapshotErrorInfo(std::string imageName, const char* text) {
@@ -439,7 +319,7 @@ void InfoSynchronizerManager::updateSnapshotTimeInfo(std::string imageName, uint
     }
     // Deliberate: builds that manager if there is none yet, and makes no use of it.
     getInstance();
-    if (stage < std::size(TimeStageToChar)) {
+    if (stage < kTimeStages) {
         storeStage(timeInfo, stage, intervalMs(record->createTime, now));
     }
 }
@@ -452,7 +332,7 @@ void InfoSynchronizerManager::updateSnapshotTimeInfo(std::string imageName,
         INFOSYNC_LOGW(site::kTimeMapUnknown, "can't find imageName: %s", imageName.c_str());
         return;
     }
-    for (uint32_t stage = 0; stage < std::size(TimeStageToChar); ++stage) {
+    for (uint32_t stage = 0; stage < kTimeStages; ++stage) {
         const auto given = timeInfo.find(stageKey(stage));
         if (given == timeInfo.end()) {
             continue;
@@ -472,10 +352,7 @@ void InfoSynchronizerManager::updateNodeProcTime(std::string imageName, std::str
                                                  double first, double second, double third) {
     RequestRecordQueue& queue = *mRequestRecordQueue;
     auto visit = [&](const std::shared_ptr<RequestRecord>& record) INFOSYNC_REQUIRES(queue.mutex) {
-        SnapshotInfo::ZuAlgoInfo& algo = record->snapshotInfo.zuAlgoInfo;
-        algo.algoTimeA[nodeName] = first;
-        algo.algoTimeB[nodeName] = second;
-        algo.algoTimeC[std::move(nodeName)] = third;
+        storeNodeTimes(record->snapshotInfo.zuAlgoInfo, nodeName, first, second, third);
         if (second == -1.0) {
             markFailed(queue, *record, imageName, "node process time out");
         }

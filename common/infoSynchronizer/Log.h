@@ -1,5 +1,8 @@
 // Log lines to the Android log and to the platform's debug log.
 //
+// Both are called with the mutex held that the caller of a message holds, the queue's or the
+// pool's: a log must not call back into an operation that takes it.
+//
 // A source file names its Android tag: constexpr char kLogTag[] = "...";
 
 #pragma once
@@ -23,8 +26,8 @@ inline bool toSystem() {
     return (zudebug::gZuCamLogGroup & kGroup) != 0 && zudebug::gZuCamDebugMask != 0;
 }
 
-// Whether a message reaches any log: for arguments that must be the same in both.
-inline bool toAny(int priority) {
+// Whether either log is open: for arguments that must be the same in both.
+inline bool isOpen(int priority) {
     return toAndroid(priority) || toSystem();
 }
 

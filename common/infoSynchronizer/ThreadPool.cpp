@@ -113,8 +113,8 @@ void ThreadPool::loop(int32_t index,
         }
         std::function<void()> task = std::move(mTasks.front());
         mTasks.pop_front();
-        // Deliberate: marks the newest position, not the one of the task taken. There is one: a
-        // task was queued.
+        // Deliberate: marks the position last queued at, not that of the task taken. It is not -1
+        // here: whoever queued the task has moved it on.
         mEnqueueMarks[static_cast<size_t>(mEnqueueIndex)] = -1;
         lock.unlock();
         task();

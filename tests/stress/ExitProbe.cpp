@@ -8,9 +8,11 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <system_error>
 
+#include "Allocations.h"
 #include "InfoSynchronizerManager.h"
 
 namespace {
@@ -90,6 +92,24 @@ void useService() {
     useAll("image");
 }
 
+// The accessors build their managers once there is memory.
+void endMemory() {
+    for (auto* accessor : {+[]() -> void* { return &manager(); }, &GetInstance}) {
+        int failures = 0;
+        for (void* built = nullptr; built == nullptr && failures < 1000; ++failures) {
+            allocations::left = failures;
+            try {
+                built = accessor();
+            } catch (const std::bad_alloc&) {
+            }
+            allocations::left = -1;
+        }
+        expect(failures > 5 && failures < 1000);
+        expect(static_cast<InfoSynchronizerManager*>(accessor())->mSynchronizers.size() == 3);
+    }
+    useAll("image");
+}
+
 // No room for another thread's stack.
 void limitMemory() {
     rlimit limit{};
@@ -122,6 +142,7 @@ int main(int argc, char** argv) {
             {"late", useLate},
             {"with-service", useService<true>},
             {"without-service", useService<false>},
+            {"memory", endMemory},
             {"limits", limitMemory},
     };
     for (const auto& end : ends) {

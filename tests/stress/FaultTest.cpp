@@ -98,7 +98,7 @@ class Fault : public testing::Test {
 
     // Lets no allocation of `operation` succeed, then one, and so on until it succeeds.
     static void failEach(const std::function<void()>& operation, bool warm) {
-        for (int succeeding = 0;; ++succeeding) {
+        for (int succeeding = 0; succeeding < 1000; ++succeeding) {
             const long before = allocations::inUse();
             registerImage();
             bool failed = false;
@@ -122,26 +122,11 @@ class Fault : public testing::Test {
                 return;
             }
         }
+        ADD_FAILURE() << "it never succeeds";
     }
 
     Service service;
 };
-
-TEST_F(Fault, AccessorsTryAgainWhenMemoryEnds) {
-    for (auto* accessor : {+[]() -> void* { return &manager(); }, &GetInstance}) {
-        int failures = 0;
-        for (void* built = nullptr; built == nullptr; ++failures) {
-            allocations::left = failures;
-            try {
-                built = accessor();
-            } catch (const std::bad_alloc&) {
-            }
-            allocations::left = -1;
-        }
-        EXPECT_GT(failures, 5);
-        EXPECT_EQ(static_cast<InfoSynchronizerManager*>(accessor())->mSynchronizers.size(), 3U);
-    }
-}
 
 TEST_F(Fault, WorkersNeedNoMemoryOfTheirOwn) {
     std::atomic<int> ran{0};
@@ -262,67 +247,6 @@ TEST_F(Fault, ServiceMayAskWhileItIsTold) {
     };
     flush();
     EXPECT_EQ(answers, 12);
-}
-
-TEST_F(Fault, OnlyTheExactAnswerSwitchesOn) {
-    const struct {
-        std::string answer;
-        bool on;
-    } cases[] = {
-            {std::string(1 << 20, 'x'), false},
-            {"enabled" + std::string(1 << 20, ' '), false},
-            {std::string("\0enabled", 8), false},
-            {std::string("enabled\0x", 9), true},  // read as a C string
-            {"enabled", true},
-    };
-    for (const auto& test : cases) {
-        service.onQuery = [&test] { return test.answer; };
-        manager().registerSnapshotRequestRecord(kImage);
-        EXPECT_EQ(queue().records.size(), test.on ? 1U : 0U) << test.answer.substr(0, 20);
-        forgetAll();
-    }
-}
-
-TEST_F(Fault, TextsAreNeverInterpreted) {
-    const std::string mebibyte = std::string(1 << 20, 'x') + "%n";
-    for (const std::string& text :
-         {std::string("%s%n%d%%%"), std::string("\"a\\\"b\\"), std::string("a\0b", 3),
-          std::string("\xff\xfe\xc3("), mebibyte}) {
-        std::vector<std::string> events;
-        service.onCall = [&](const std::string& event) { events.push_back(event); };
-        zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
-        zudebug::gZuCamDebugMask = 1;
-        testing::internal::CaptureStderr();
-        manager().registerSnapshotRequestRecord(text);
-        manager().updateFrameInfo(text, 1, text, {}, 1);
-        manager().updateNodeProcTime(text, text, 1, -1, 2);
-        manager().updateSnapshotErrorInfo(text, text.c_str());
-        manager().snapshotRequestInfoFlush(text, INFO_SYNC_TYPE_COLLECT);
-        zudebug::gZuCamDebugMask = 0;
-        const std::string log = testing::internal::GetCapturedStderr();
-        // '@' stands for the text.
-        const auto filled = [&text](std::string pattern) {
-            for (size_t at = 0; (at = pattern.find('@', at)) != std::string::npos;
-                 at += text.size()) {
-                pattern.replace(at, 1, text);
-            }
-            return pattern;
-        };
-        const std::string submit =
-                filled(R"({ "submit-request":{"pipeline_name":"@","timestamp":"@"}})");
-        const std::string node = R"({"@":{"pipeline_name":"@","timestamp":")";
-        ASSERT_EQ(events.size(), 12U);
-        EXPECT_EQ(events[8], submit);
-        EXPECT_EQ(events[9], filled(node + R"(1","cam_id":"","node_stage":"0"}})"));
-        EXPECT_EQ(events[10], filled(node + R"(2","cam_id":"","node_stage":"2"}})"));
-        EXPECT_EQ(queue().records.at(text)->errorInfo.back(), text.c_str());
-        // A log line ends at the text's first zero byte, and one of the Android log at its limit.
-        const std::string logged = submit.substr(0, submit.find('\0'));
-        EXPECT_NE(log.find("requestInfo() submitReq " + logged), std::string::npos);
-        EXPECT_NE(log.find("requestInfo()submitReq " + logged.substr(0, 500)), std::string::npos);
-        EXPECT_EQ(queue().errorImageNames, std::vector<std::string>{text});
-        forgetAll();
-    }
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 // Many snapshots at once, each a whole life, checked by the reports that they gave.
 //
-//     infosync-stress [--snapshots N] [--flush-ms N] [--soak SECONDS]
+//     infosync_stress [--snapshots N] [--flush-ms N] [--soak SECONDS]
+//
+// With INFOSYNC_HOST_PROPERTIES=persist.vendor.camera.infoSyncCollect.forceEnabled=1, since the
+// answers of the service change all the time and none of them switches collection on.
 //
 // With GLIBC_TUNABLES as kExactHeap has it, the C library's own count of the heap in use is checked
 // too; otherwise it includes what that library keeps for reuse.
 
 #include <malloc.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
@@ -13,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <iterator>
 #include <mutex>
@@ -39,7 +44,9 @@ constexpr int kThreads = 8;
 constexpr char kExactHeap[] =
         "glibc.malloc.tcache_count=0:glibc.pthread.stack_cache_size=268435456";
 
-int failures = 0;
+const std::string kAnswers[] = {"short", "an answer that no small string holds", ""};
+
+std::atomic<int> failures{0};
 
 void expect(bool holds, const char* what) {
     if (!holds && ++failures <= 20) {
@@ -65,7 +72,8 @@ class Service final : public ServiceBase {
         mReports.push_back(std::exchange(mReport, {}));
         mFlushing = false;
     }
-    std::string queryValue(std::string /*key*/) override { return "enabled"; }
+    // Another answer to each question: collection must be forced on.
+    std::string queryValue(std::string /*key*/) override { return kAnswers[mNext++ % 3]; }
 
     int mFlushMs = 0;
     std::atomic<bool> mFlushing{false};
@@ -73,6 +81,7 @@ class Service final : public ServiceBase {
     std::vector<std::string> mReports;  // guarded by mMutex
 
   private:
+    std::atomic<size_t> mNext{0};
     static thread_local std::string mReport;  // being received
 };
 thread_local std::string Service::mReport;
@@ -80,20 +89,33 @@ Service service;
 
 // The sums of a round.
 struct Totals {
-    // Until all threads of the round run. Each takes its part of the heap first: how many parts
-    // there are must not depend on which thread ends before another begins.
-    void waitForAll() {
-        operator delete(operator new(1));
-        for (++running; running < kThreads + 2;) {
-            std::this_thread::yield();
+    Totals() {
+        pthread_barrier_init(&mStart, nullptr, kThreads + 2);
+        for (int i = 0; i < 100; ++i) {
+            executors.emplace_back(INFO_SYNC_TYPE_CMD);
         }
     }
+    ~Totals() { pthread_barrier_destroy(&mStart); }
+    Totals(const Totals&) = delete;
+    Totals& operator=(const Totals&) = delete;
 
+    // Waits until all threads of the round run.
+    void waitForAll() {
+        // The C library gives a thread its own part of the heap at its first allocation, or one
+        // that an ended thread has left. All allocate before any goes on, so that each round needs
+        // as many parts as there are threads, and the heap of two rounds can be compared.
+        operator delete(operator new(1));
+        pthread_barrier_wait(&mStart);
+    }
+
+    std::deque<CmdExecutor> executors;  // that nobody has asked before the round
     std::mutex mutex;
     std::vector<std::string> marks;  // the image of each error put in; guarded by mutex
-    std::atomic<int> running{0};
     std::atomic<int> residentFlushes{0};
     std::atomic<bool> done{false};
+
+  private:
+    pthread_barrier_t mStart;
 };
 
 std::atomic<int64_t> longestWait{0};  // nanoseconds
@@ -164,22 +186,26 @@ void damage(const std::string& name, const std::string& node, int i,
 
 // What fill() and damage() make of a snapshot.
 std::string ownReport(int thread, int i) {
-    char report[2048];
-#define FRAME "\":{\"pipeline_name\":\"%1$s\",\"timestamp\":\""
-#define STAGE "\",\"cam_id\":\"%4$d\",\"node_stage\":\""
-    snprintf(report, sizeof(report),
-             "P %1$s iso=%2$d\nP %1$s lux=100.000000\nP %1$s face_detect=%3$d\n"
-             "P %1$s cam_mode=5\nP %1$s cam_id=%4$d\nP %1$s fstop=1.500000\n"
-             "P %1$s zoom_ratio=2\nP %1$s exposure_time=%5$d\n"
-             "E %1$s { \"submit-request" FRAME
-             "%2$d\"}}\n"
-             "E %1$s {\"a" FRAME "%2$d" STAGE "0\"}}\nE %1$s {\"a" FRAME "%7$d" STAGE
-             "2\"}}\n"
-             "E %1$s {\"b" FRAME "%2$d" STAGE "0\"}}\nE %1$s {\"b" FRAME "%6$d" STAGE
-             "2\"}}\n"
-             "E %1$s {\"never" FRAME "0" STAGE "0\"}}\nF %1$s 1022 10000\n",
-             ownName(thread, i).c_str(), i, i % 3, i % 4, -i, i + 1, i + 2);
-    return report;
+    const std::string name = ownName(thread, i);
+    const std::string number = std::to_string(i);
+    const std::string camera = std::to_string(i % 4);
+    const auto param = [&](const std::string& keyAndValue) {
+        return "P " + name + " " + keyAndValue + "\n";
+    };
+    const auto frame = [&](const std::string& key, const std::string& time) {
+        return "\"" + key + R"(":{"pipeline_name":")" + name + R"(","timestamp":")" + time + '"';
+    };
+    const auto node = [&](const std::string& key, int time, int stage) {
+        return "E " + name + " {" + frame(key, std::to_string(time)) + R"(,"cam_id":")" + camera +
+               R"(","node_stage":")" + std::to_string(stage) + "\"}}\n";
+    };
+    return param("iso=" + number) + param("lux=100.000000") +
+           param("face_detect=" + std::to_string(i % 3)) + param("cam_mode=5") +
+           param("cam_id=" + camera) + param("fstop=1.500000") + param("zoom_ratio=2") +
+           param("exposure_time=" + std::to_string(-i)) + "E " + name + " { " +
+           frame("submit-request", number) + "}}\n" + node("a", i, 0) + node("a", i + 2, 2) +
+           node("b", i, 0) + node("b", i + 1, 2) + node("never", 0, 0) + "F " + name +
+           " 1022 10000\n";
 }
 
 // What a report on a shared image must have, whoever wrote last: eight parameters, the submit
@@ -228,8 +254,26 @@ void checkLanded(const std::string& name, size_t errors) {
            "each update has landed in the record");
 }
 
+// Asks each executor for a key that all threads ask for, and for one of this thread's own. What is
+// returned must be one of the answers, and still the same at the end.
+void ask(std::deque<CmdExecutor>& executors, int thread) {
+    std::vector<std::pair<const char*, std::string>> returned;
+    for (CmdExecutor& executor : executors) {
+        for (const std::string& key : {std::string("shared"), std::to_string(thread)}) {
+            const auto* text = static_cast<const char*>(executor.requestCmd(key.c_str()));
+            returned.emplace_back(text, text);
+        }
+    }
+    for (const auto& [text, before] : returned) {
+        expect(std::find(std::begin(kAnswers), std::end(kAnswers), before) != std::end(kAnswers),
+               "what is returned is an answer");
+        expect(text == before, "what was returned stays as it is");
+    }
+}
+
 void leadLives(Totals& totals, int thread, int count) {
     totals.waitForAll();
+    ask(totals.executors, thread);
     std::vector<std::string> marks;
     for (int i = 0; i < count; ++i) {
         const std::string own = ownName(thread, i);
@@ -342,7 +386,6 @@ int main(int argc, char** argv) {
     const Clock::duration soak = std::chrono::seconds(option(argc, argv, "--soak", 0));
     InfoSynchronizer::mIntentAwareImpl = &service;
     zudebug::gZuCamLogLevel = INT32_MAX;
-    flush("unknown");  // the executor's first answer must not meet others
 
     const int round = std::clamp(snapshots / (2 * kThreads), 1, 125);
     runRound(round);

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -15,9 +16,12 @@ bool isLoaded(const char* path) {
     return library != nullptr && dlclose(library) == 0;
 }
 
-// Waits until that many of the process's threads are the library's.
-void awaitWorkers(int count) {
-    for (int found = -1; found != count;) {
+// Waits until that many of the process's threads are the library's. Returns whether they came to
+// be.
+bool awaitWorkers(int count) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    int found = -1;
+    while (found != count && std::chrono::steady_clock::now() < deadline) {
         found = 0;
         for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
             std::ifstream file(task.path() / "comm");
@@ -25,6 +29,7 @@ void awaitWorkers(int count) {
             found += std::getline(file, name) && name.rfind("InfoSyncThread", 0) == 0 ? 1 : 0;
         }
     }
+    return found == count;
 }
 
 }  // namespace
@@ -40,16 +45,15 @@ int main(int /*argc*/, char** argv) {
              {"GetInstance", "_ZN11camInfosync23InfoSynchronizerManager11getInstanceEv"}) {
             reinterpret_cast<void* (*)()>(dlsym(library, name))();
         }
-        awaitWorkers(2);
+        const bool worked = awaitWorkers(2);
         constexpr char kOverlap[] = "/vendor/lib64/com.veltro.camhal.overlap.so";
-        if (!isLoaded(kOverlap)) {
+        if (!worked || !isLoaded(kOverlap)) {
             return 2;
         }
         dlclose(library);
-        if (isLoaded(argv[1]) || isLoaded(kOverlap)) {
+        if (isLoaded(argv[1]) || isLoaded(kOverlap) || !awaitWorkers(0)) {
             return 3;
         }
-        awaitWorkers(0);
     }
     return 0;
 }

@@ -34,7 +34,7 @@ class Collector : public doubles::Test {
 };
 
 TEST_F(Collector, ReportsEverythingInItsOrder) {
-    record.frameInfo = {7, "123", {4294967295U, 5}, 9, "IMG_1"};
+    record.frameInfo = {7, "123", {4294967295U, 5}, 9, "IMG_%s%n"};
     record.errorInfo = {"not reported"};
     snapshot.timeInfo = {{"not reported", 1}};
     snapshot.iso = -100;
@@ -55,6 +55,19 @@ TEST_F(Collector, WithoutCamerasOneFieldIsMinusOneAndTheOtherEmpty) {
     collector.requestInfo(&record);
 }
 
+TEST_F(Collector, TextsAreNeverInterpreted) {
+    const std::string text = std::string(1 << 20, 'x') + std::string("\0%s%n\xff\xc3(\"\\", 10);
+    record.frameInfo.imageName = record.frameInfo.timestamp = text;
+    algo.algoTimeA = algo.algoTimeC = {{text, 1.0}};
+    const std::vector<std::string> calls = report();
+    const std::string name = R"({"pipeline_name":")" + text + R"(","timestamp":")";
+    const std::string node = "reportEvent(" + text + R"(, {")" + text + "\":" + name;
+    EXPECT_EQ(calls.at(8),
+              "reportEvent(" + text + R"(, { "submit-request":)" + name + text + R"("}}))");
+    EXPECT_EQ(calls.at(9), node + R"(1","cam_id":"","node_stage":"0"}}))");
+    EXPECT_EQ(calls.at(10), node + R"(1","cam_id":"","node_stage":"2"}}))");
+}
+
 TEST_F(Collector, WithoutAServiceTheReportIsStillLogged) {
     algo.algoTimeA = {{"n", 1.0}};
     algo.algoTimeC = {{"n", 2.0}};
@@ -71,9 +84,9 @@ TEST_F(Collector, NumbersAreTruncatedAndSaturated) {
           // as floats; halves of a millionth go to the even one
           -0.0, 0.0078125, -0.0234375, 1e-7, 6e-7, 999999.9375, -999999995904.0, 1000000061440.0}) {
         snapshot.lux = snapshot.zoomRatio = static_cast<float>(number);
-        algo.algoTimeA["n"] = number;
+        algo.algoTimeA["n"] = algo.algoTimeC["n"] = number;
         const std::vector<std::string> calls = report();
-        seen.push_back(calls.at(1) + " " + calls.at(6) + " " + calls.at(9));
+        seen.push_back(calls.at(1) + " " + calls.at(6) + " " + calls.at(9) + " " + calls.at(10));
     }
     // Without the lux: a NaN's sign is printed, and which one it has is the machine's.
     snapshot.zoomRatio = std::nanf("");

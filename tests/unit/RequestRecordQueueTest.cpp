@@ -1,5 +1,7 @@
 // The store of records, without a manager.
 
+#include <future>
+
 #include "Doubles.h"
 #include "RequestRecordQueue.h"
 
@@ -35,6 +37,20 @@ TEST_F(RecordQueue, KeepsOneStampedRecordPerName) {
     queue.remove("a");
     EXPECT_EQ(queue.records.size(), 0U);
     EXPECT_EQ(first.use_count(), 1);
+}
+
+TEST_F(RecordQueue, RecordDiesAfterTheMutexIsFree) {
+    bool wasFree = false;
+    const auto destroy = [&](RequestRecord* record) {
+        wasFree =
+                std::async(std::launch::async, [this] {
+                    return std::unique_lock<std::mutex>(queue.mutex, std::try_to_lock).owns_lock();
+                }).get();
+        delete record;
+    };
+    queue.records["a"].reset(new RequestRecord(REQUEST_TYPE_DEFAULT), destroy);
+    queue.remove("a");
+    EXPECT_TRUE(wasFree);
 }
 
 TEST_F(RecordQueue, FindsByTheFramesNameInKeyOrder) {

@@ -2,15 +2,22 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <string>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "FieldReader.h"
 #include "InfoSynchronizerManager.h"
+#include "LineError.h"
 #include "Printable.h"
+#include "RequestRecord.h"
 #include "StrictJson.h"
 
 namespace replay {
@@ -21,16 +28,17 @@ using camInfosync::SnapshotInfo;
 
 constexpr int64_t kLongestSleepMs = 60'000;
 
-// How an argument is kept until its call is made.
+// How an argument is stored until its call is made.
 template <typename Argument>
-using Kept = std::conditional_t<std::is_same_v<Argument, const char*>, ZeroTerminated, Argument>;
+using StoredArgument =
+        std::conditional_t<std::is_same_v<Argument, const char*>, ZeroTerminated, Argument>;
 
 template <typename Argument>
-Argument give(const Kept<Argument>& kept) {
+Argument asArgument(const StoredArgument<Argument>& stored) {
     if constexpr (std::is_same_v<Argument, const char*>) {
-        return kept.text.c_str();
+        return stored.text.c_str();
     } else {
-        return kept;
+        return stored;
     }
 }
 
@@ -39,19 +47,20 @@ struct Field {
     bool optional = false;  // if missing: zero
 };
 
-using Run = decltype(CaptureStep::run);
+using MakeCall = decltype(CaptureStep::run);
 
 // One operation of the library, with one of its argument lists.
-class Form {
+class OperationForm {
   public:
     // `fields` are the names of the operation's arguments.
     template <typename... Arguments>
-    Form(std::string_view name, void (InfoSynchronizerManager::*operation)(Arguments...),
-         const std::array<Field, sizeof...(Arguments)>& fields)
+    OperationForm(std::string_view name, void (InfoSynchronizerManager::*operation)(Arguments...),
+                  const std::array<Field, sizeof...(Arguments)>& fields)
         : mName(name), mFields(fields.begin(), fields.end()) {
-        mRead = [operation, fields](const json& line, const std::string& suffix, Errors& errors) {
-            return readCall(operation, fields, line, suffix, errors,
-                            std::index_sequence_for<Arguments...>());
+        mReadArguments = [operation, fields](const json& line, const std::string& suffix,
+                                             Errors& errors) {
+            return bindArguments(operation, fields, line, suffix, errors,
+                                 std::index_sequence_for<Arguments...>());
         };
     }
 
@@ -65,8 +74,8 @@ class Form {
                 mFields.begin(), mFields.end(),
                 [&line](const Field& field) { return line.contains(std::string(field.name)); }));
     }
-    Run readCall(const json& line, const std::string& imageSuffix, Errors& errors) const {
-        return mRead(line, imageSuffix, errors);
+    MakeCall readArguments(const json& line, const std::string& imageSuffix, Errors& errors) const {
+        return mReadArguments(line, imageSuffix, errors);
     }
 
   private:
@@ -75,48 +84,52 @@ class Form {
         const auto position = line.find(std::string(field.name));
         const Path path{nullptr, field.name};
         if (position != line.end()) {
-            read(*position, out, path, errors);
+            readValue(*position, out, path, errors);
         } else if (!field.optional) {
             errors.add(path, "is missing");
         }
     }
 
     template <typename... Arguments, size_t... I>
-    static Run readCall(void (InfoSynchronizerManager::*operation)(Arguments...),
-                        const std::array<Field, sizeof...(Arguments)>& fields, const json& line,
-                        const std::string& imageSuffix, Errors& errors,
-                        std::index_sequence<I...> /*indices*/) {
-        std::tuple<Kept<Arguments>...> arguments;
+    static MakeCall bindArguments(void (InfoSynchronizerManager::*operation)(Arguments...),
+                                  const std::array<Field, sizeof...(Arguments)>& fields,
+                                  const json& line, const std::string& imageSuffix, Errors& errors,
+                                  std::index_sequence<I...> /*indices*/) {
+        std::tuple<StoredArgument<Arguments>...> arguments;
         (readField(line, fields[I], std::get<I>(arguments), errors), ...);
         if constexpr (std::is_same_v<std::decay_t<decltype(std::get<0>(arguments))>, std::string>) {
             std::get<0>(arguments) += imageSuffix;  // the image name comes first
         }
-        return [operation, arguments = std::move(arguments)](InfoSynchronizerManager& m) {
-            (m.*operation)(give<Arguments>(std::get<I>(arguments))...);
+        return [operation, arguments = std::move(arguments)](InfoSynchronizerManager& manager) {
+            (manager.*operation)(asArgument<Arguments>(std::get<I>(arguments))...);
         };
     }
 
     std::string_view mName;
     std::vector<Field> mFields;
-    std::function<Run(const json&, const std::string&, Errors&)> mRead;
+    std::function<MakeCall(const json&, const std::string&, Errors&)> mReadArguments;
 };
 
 constexpr std::string_view kFlush = "snapshotRequestInfoFlush";
 
-using M = InfoSynchronizerManager;
+using Manager = InfoSynchronizerManager;
 template <typename... Arguments>
-using Operation = void (M::*)(std::string, Arguments...);
+using Operation = void (Manager::*)(std::string, Arguments...);
 
-const std::vector<Form>& forms() {
-    static const std::vector<Form> forms = {
-            {"registerSnapshotRequestRecord", &M::registerSnapshotRequestRecord, {{{"image"}}}},
-            {"unregisterSnapshotRequestRecord", &M::unregisterSnapshotRequestRecord, {{{"image"}}}},
-            {kFlush, &M::snapshotRequestInfoFlush, {{{"image"}, {"type", true}}}},
+const std::vector<OperationForm>& forms() {
+    static const std::vector<OperationForm> forms = {
+            {"registerSnapshotRequestRecord",
+             &Manager::registerSnapshotRequestRecord,
+             {{{"image"}}}},
+            {"unregisterSnapshotRequestRecord",
+             &Manager::unregisterSnapshotRequestRecord,
+             {{{"image"}}}},
+            {kFlush, &Manager::snapshotRequestInfoFlush, {{{"image"}, {"type", true}}}},
             {"updateFrameInfo",
-             &M::updateFrameInfo,
+             &Manager::updateFrameInfo,
              {{{"image"}, {"frameNumber"}, {"timestamp"}, {"camIds"}, {"frameExtra"}}}},
             {"updateRequestInfo",
-             &M::updateRequestInfo,
+             &Manager::updateRequestInfo,
              {{{"image"},
                {"reqValueA"},
                {"reqValueB"},
@@ -125,7 +138,7 @@ const std::vector<Form>& forms() {
                {"reqIdsA"},
                {"expectedResultIds"}}}},
             {"updateUIInfo",
-             &M::updateUIInfo,
+             &Manager::updateUIInfo,
              {{{"image"},
                {"requestType"},
                {"camMode"},
@@ -133,46 +146,46 @@ const std::vector<Form>& forms() {
                {"zoomRatio"},
                {"uiExtra"}}}},
             {"updateAnchor3aInfo",
-             &M::updateAnchor3aInfo,
+             &Manager::updateAnchor3aInfo,
              {{{"image"}, {"fstop"}, {"iso"}, {"lux"}, {"exposureTime"}}}},
-            {"updateAnchorFrame", &M::updateAnchorFrame, {{{"image"}, {"anchorFrame"}}}},
+            {"updateAnchorFrame", &Manager::updateAnchorFrame, {{{"image"}, {"anchorFrame"}}}},
             {"updateVndResultInfo",
-             Operation<uint32_t, int32_t>(&M::updateVndResultInfo),
+             Operation<uint32_t, int32_t>(&Manager::updateVndResultInfo),
              {{{"image"}, {"resultId"}, {"errorCode"}}}},
             {"updateVndResultInfo",
-             Operation<SnapshotInfo::VendorResultInfo>(&M::updateVndResultInfo),
+             Operation<SnapshotInfo::VendorResultInfo>(&Manager::updateVndResultInfo),
              {{{"image"}, {"vendorResultInfo"}}}},
             {"updateZuAlgoInfo",
-             Operation<std::vector<std::string>>(&M::updateZuAlgoInfo),
+             Operation<std::vector<std::string>>(&Manager::updateZuAlgoInfo),
              {{{"image"}, {"algoList"}}}},
             {"updateZuAlgoInfo",
-             Operation<SnapshotInfo::ZuAlgoInfo>(&M::updateZuAlgoInfo),
+             Operation<SnapshotInfo::ZuAlgoInfo>(&Manager::updateZuAlgoInfo),
              {{{"image"}, {"zuAlgoInfo"}}}},
-            {"updateSnapshotErrorInfo", &M::updateSnapshotErrorInfo, {{{"image"}, {"text"}}}},
-            {"updatePostProcInfo", &M::updatePostProcInfo, {{{"postProcInfo"}}}},
+            {"updateSnapshotErrorInfo", &Manager::updateSnapshotErrorInfo, {{{"image"}, {"text"}}}},
+            {"updatePostProcInfo", &Manager::updatePostProcInfo, {{{"postProcInfo"}}}},
             {"updateSnapshotTimeInfo",
-             Operation<uint32_t>(&M::updateSnapshotTimeInfo),
+             Operation<uint32_t>(&Manager::updateSnapshotTimeInfo),
              {{{"image"}, {"stage"}}}},
             {"updateSnapshotTimeInfo",
-             Operation<std::map<std::string, int64_t>>(&M::updateSnapshotTimeInfo),
+             Operation<std::map<std::string, int64_t>>(&Manager::updateSnapshotTimeInfo),
              {{{"image"}, {"timeInfo"}}}},
             {"updateNodeProcTime",
-             &M::updateNodeProcTime,
+             &Manager::updateNodeProcTime,
              {{{"image"}, {"node"}, {"first"}, {"second"}, {"third"}}}},
             {"updateNodeProcState",
-             Operation<std::string, int32_t>(&M::updateNodeProcState),
+             Operation<std::string, int32_t>(&Manager::updateNodeProcState),
              {{{"image"}, {"node"}, {"state"}}}},
             {"updateNodeProcState",
-             Operation<std::map<std::string, std::string>>(&M::updateNodeProcState),
+             Operation<std::map<std::string, std::string>>(&Manager::updateNodeProcState),
              {{{"image"}, {"states"}}}},
     };
     return forms;
 }
 
 // The form of the operation that the line's fields fit best, or null.
-const Form* findForm(std::string_view name, const json& line) {
-    const Form* best = nullptr;
-    for (const Form& form : forms()) {
+const OperationForm* findForm(std::string_view name, const json& line) {
+    const OperationForm* best = nullptr;
+    for (const OperationForm& form : forms()) {
         if (form.name() == name &&
             (best == nullptr || form.countPresent(line) > best->countPresent(line))) {
             best = &form;
@@ -187,22 +200,23 @@ void readThread(const json& line, std::string& thread, Errors& errors) {
         return;
     }
     const Path path{nullptr, "thread"};
-    read(*position, thread, path, errors);
+    readValue(*position, thread, path, errors);
     if (position->is_string() && thread.empty()) {
         errors.add(path, "must not be empty");
     }
 }
 
-void readCall(const json& line, const std::string& imageSuffix, CaptureStep& step, Errors& errors) {
+void readCallLine(const json& line, const std::string& imageSuffix, CaptureStep& step,
+                  Errors& errors) {
     const Path path{nullptr, "call"};
     std::string name;
-    read(line["call"], name, path, errors);
+    readValue(line["call"], name, path, errors);
     if (errors.any()) {
         return;
     }
-    const Form* form = findForm(name, line);
+    const OperationForm* form = findForm(name, line);
     if (form == nullptr) {
-        errors.add(path, "is no operation: " + printable(name, kLongestFieldName));
+        errors.add(path, "is not an operation: " + printable(name, kLongestFieldName));
         return;
     }
     for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
@@ -213,18 +227,18 @@ void readCall(const json& line, const std::string& imageSuffix, CaptureStep& ste
     readThread(line, step.thread, errors);
     step.kind = CaptureStep::Kind::kCall;
     step.isFlush = name == kFlush;
-    step.run = form->readCall(line, imageSuffix, errors);
+    step.run = form->readArguments(line, imageSuffix, errors);
 }
 
 void expectAlone(const json& line, std::string_view field, Errors& errors) {
     for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
         if (key != field) {
-            errors.add(Path{nullptr, key}, "cannot stand beside " + std::string(field));
+            errors.add(Path{nullptr, key}, "cannot be given together with " + std::string(field));
         }
     }
 }
 
-void readBarrier(const json& line, CaptureStep& step, Errors& errors) {
+void readBarrierLine(const json& line, CaptureStep& step, Errors& errors) {
     expectAlone(line, "barrier", errors);
     if (line["barrier"] != true) {
         errors.add(Path{nullptr, "barrier"}, "must be true");
@@ -232,7 +246,7 @@ void readBarrier(const json& line, CaptureStep& step, Errors& errors) {
     step.kind = CaptureStep::Kind::kBarrier;
 }
 
-void readSleep(const json& line, CaptureStep& step, Errors& errors) {
+void readSleepLine(const json& line, CaptureStep& step, Errors& errors) {
     expectAlone(line, "sleepMs", errors);
     const json& value = line["sleepMs"];
     if (!value.is_number_unsigned() || value.get<uint64_t>() > kLongestSleepMs) {
@@ -258,11 +272,11 @@ CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffi
     }
     Errors errors(errorList);
     if (value.contains("call")) {
-        readCall(value, imageSuffix, step, errors);
+        readCallLine(value, imageSuffix, step, errors);
     } else if (value.contains("barrier")) {
-        readBarrier(value, step, errors);
+        readBarrierLine(value, step, errors);
     } else if (value.contains("sleepMs")) {
-        readSleep(value, step, errors);
+        readSleepLine(value, step, errors);
     } else {
         errors.add(Path{nullptr, "call"}, "is missing");
     }

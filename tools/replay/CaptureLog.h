@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "LineError.h"
+
 namespace camInfosync {
 class InfoSynchronizerManager;
 }  // namespace camInfosync
@@ -24,11 +26,6 @@ struct CaptureStep {
     bool isFlush = false;  // of a call: makes the service receive a report
     // Makes the call, any number of times: each gets copies of the arguments.
     std::function<void(camInfosync::InfoSynchronizerManager&)> run;
-};
-
-struct LineError {
-    std::string field;  // a path as in "camIds[2]", or "line"; printable
-    std::string what;   // printable
 };
 
 // Reads a line without its newline. Everything that is wrong with it is appended to `errors`;

@@ -3,18 +3,21 @@
 #pragma once
 
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <map>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
-#include "CaptureLog.h"
+#include "LineError.h"
 #include "Printable.h"
 #include "RequestRecord.h"
 
@@ -59,10 +62,19 @@ struct ZeroTerminated {
     std::string text;
 };
 
-// One overload of `read` per type that an argument can have. Each sets `out`, or adds an error.
+// "a whole number from ... to ...", as far as the type goes.
+template <typename Integer>
+std::string wholeNumber() {
+    using Limits = std::numeric_limits<Integer>;
+    return "a whole number from " + std::to_string(Limits::min()) + " to " +
+           std::to_string(Limits::max());
+}
+
+// One overload of `readValue` per type that an argument can have. Each sets `out`, or adds an
+// error.
 
 template <typename Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
-void read(const json& value, Integer& out, const Path& path, Errors& errors) {
+void readValue(const json& value, Integer& out, const Path& path, Errors& errors) {
     using Limits = std::numeric_limits<Integer>;
     bool fits = false;
     if (value.is_number_unsigned()) {
@@ -71,21 +83,20 @@ void read(const json& value, Integer& out, const Path& path, Errors& errors) {
         fits = value.get<int64_t>() >= static_cast<int64_t>(Limits::min());
     }
     if (!fits) {
-        errors.add(path, "must be a whole number from " + std::to_string(Limits::min()) + " to " +
-                                 std::to_string(Limits::max()));
+        errors.add(path, "must be " + wholeNumber<Integer>());
         return;
     }
     out = value.get<Integer>();
 }
 
 template <typename Enum, std::enable_if_t<std::is_enum_v<Enum>, int> = 0>
-void read(const json& value, Enum& out, const Path& path, Errors& errors) {
+void readValue(const json& value, Enum& out, const Path& path, Errors& errors) {
     std::underlying_type_t<Enum> number = 0;
-    read(value, number, path, errors);
+    readValue(value, number, path, errors);
     out = static_cast<Enum>(number);
 }
 
-inline void read(const json& value, bool& out, const Path& path, Errors& errors) {
+inline void readValue(const json& value, bool& out, const Path& path, Errors& errors) {
     if (!value.is_boolean()) {
         errors.add(path, "must be true or false");
         return;
@@ -93,7 +104,7 @@ inline void read(const json& value, bool& out, const Path& path, Errors& errors)
     out = value.get<bool>();
 }
 
-inline void read(const json& value, double& out, const Path& path, Errors& errors) {
+inline void readValue(const json& value, double& out, const Path& path, Errors& errors) {
     if (!value.is_number()) {
         errors.add(path, "must be a number");
         return;
@@ -101,10 +112,10 @@ inline void read(const json& value, double& out, const Path& path, Errors& error
     out = value.get<double>();
 }
 
-inline void read(const json& value, float& out, const Path& path, Errors& errors) {
+inline void readValue(const json& value, float& out, const Path& path, Errors& errors) {
     constexpr double kMost = std::numeric_limits<float>::max();
     double number = 0;
-    read(value, number, path, errors);
+    readValue(value, number, path, errors);
     if (number < -kMost || number > kMost) {
         errors.add(path, "is too large for a 32-bit float");
         return;
@@ -112,30 +123,30 @@ inline void read(const json& value, float& out, const Path& path, Errors& errors
     out = static_cast<float>(number);
 }
 
-inline void read(const json& value, std::string& out, const Path& path, Errors& errors) {
+inline void readValue(const json& value, std::string& out, const Path& path, Errors& errors) {
     if (!value.is_string()) {
-        errors.add(path, "must be a text");
+        errors.add(path, "must be a string");
         return;
     }
     out = value.get_ref<const std::string&>();
 }
 
-inline void read(const json& value, ZeroTerminated& out, const Path& path, Errors& errors) {
-    read(value, out.text, path, errors);
+inline void readValue(const json& value, ZeroTerminated& out, const Path& path, Errors& errors) {
+    readValue(value, out.text, path, errors);
     if (out.text.find('\0') != std::string::npos) {
-        errors.add(path, "must not hold a zero character");
+        errors.add(path, "must not contain a zero character");
     }
 }
 
 template <typename Element>
-void read(const json& value, std::vector<Element>& out, const Path& path, Errors& errors) {
+void readValue(const json& value, std::vector<Element>& out, const Path& path, Errors& errors) {
     if (!value.is_array()) {
-        errors.add(path, "must be a list");
+        errors.add(path, "must be an array");
         return;
     }
     out.resize(value.size());
     for (size_t i = 0; i < out.size(); ++i) {
-        read(value[i], out[i], Path{&path, {}, i}, errors);
+        readValue(value[i], out[i], Path{&path, {}, i}, errors);
     }
 }
 
@@ -150,14 +161,14 @@ inline bool readKey(const std::string& text, int32_t& out, const Path& path, Err
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, out);
     if (error != std::errc() || stop != end) {
-        errors.add(path, "must have a 32-bit whole number as its name");
+        errors.add(path, "must be named by " + wholeNumber<int32_t>());
         return false;
     }
     return true;
 }
 
 template <typename Key, typename Value>
-void read(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
+void readValue(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
     if (!value.is_object()) {
         errors.add(path, "must be an object");
         return;
@@ -170,14 +181,14 @@ void read(const json& value, std::map<Key, Value>& out, const Path& path, Errors
         }
         const auto [position, isNew] = out.try_emplace(std::move(key));
         if (!isNew) {
-            errors.add(memberPath, "stands for a number that was given before");
+            errors.add(memberPath, "is the same number as an earlier name");
         }
-        read(member, position->second, memberPath, errors);
+        readValue(member, position->second, memberPath, errors);
     }
 }
 
-inline void read(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out, const Path& path,
-                 Errors& errors) {
+inline void readValue(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out,
+                      const Path& path, Errors& errors) {
     if (!value.is_object()) {
         errors.add(path, "must be an object");
         return;
@@ -185,15 +196,15 @@ inline void read(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out, 
     for (const auto& [name, member] : value.get_ref<const json::object_t&>()) {
         const Path memberPath{&path, name};
         if (name == "algoList") {
-            read(member, out.algoList, memberPath, errors);
+            readValue(member, out.algoList, memberPath, errors);
         } else if (name == "algoTimeA") {
-            read(member, out.algoTimeA, memberPath, errors);
+            readValue(member, out.algoTimeA, memberPath, errors);
         } else if (name == "algoTimeB") {
-            read(member, out.algoTimeB, memberPath, errors);
+            readValue(member, out.algoTimeB, memberPath, errors);
         } else if (name == "algoTimeC") {
-            read(member, out.algoTimeC, memberPath, errors);
+            readValue(member, out.algoTimeC, memberPath, errors);
         } else if (name == "algoState") {
-            read(member, out.algoState, memberPath, errors);
+            readValue(member, out.algoState, memberPath, errors);
         } else {
             errors.add(memberPath, "is not a field of zuAlgoInfo");
         }

@@ -1,12 +1,17 @@
 #include "LogFile.h"
 
 #include <fcntl.h>
+#include <stdio.h>  // fdopen, fileno
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 
 namespace replay {
 namespace {
@@ -28,11 +33,11 @@ File openLog(const std::string& path, const std::string& name) {
     return file;
 }
 
-// Copies what is left of `source`, which is not done in the place of a regular file.
+// Copies what is left to read of `source`.
 File copyToTemporary(std::FILE* source, const std::string& name) {
     File copy(std::tmpfile());
     if (copy == nullptr) {
-        fail(name, "cannot make a temporary file");
+        fail(name, "cannot create a temporary file");
     }
     char buffer[kBufferSize];
     while (const size_t length = std::fread(buffer, 1, sizeof(buffer), source)) {
@@ -52,7 +57,7 @@ File copyToTemporary(std::FILE* source, const std::string& name) {
 struct stat statusOf(std::FILE* file, const std::string& name) {
     struct stat status {};
     if (fstat(fileno(file), &status) != 0) {
-        fail(name, "cannot look at");
+        fail(name, "cannot get the file's size");
     }
     return status;
 }
@@ -112,7 +117,7 @@ bool LogFile::next(std::string& line) {
 
 void LogFile::rewind() {
     if (std::fseek(mFile.get(), 0, SEEK_SET) != 0) {
-        fail(mName, "cannot read again");
+        fail(mName, "cannot go back to the start");
     }
     mBegin = mEnd = 0;
     mPosition = 0;

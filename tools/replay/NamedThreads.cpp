@@ -1,5 +1,11 @@
 #include "NamedThreads.h"
 
+#include <cstddef>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
 #include <utility>
 
 namespace replay {

@@ -17,7 +17,7 @@ namespace replay {
 // Runs each task on the thread of its name, in order within that thread. What waits is limited
 // for all threads together.
 //
-// Thread safety: post, wait and the destructor are for one thread, which none of these is.
+// Thread safety: one thread, and none of the named ones, calls everything here.
 class NamedThreads {
   public:
     NamedThreads() = default;

@@ -1,7 +1,10 @@
 #include "Printable.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 namespace replay {
 namespace {

@@ -12,7 +12,9 @@ struct ReplayOptions {
     bool quiet = false;
 };
 
-// Plays the log and returns the exit status: 0, 1 for a failure while playing, 2 for input or
-// output that cannot be used.
+// Plays the log and returns a replay::ExitStatus.
 using InfosyncPlay = int(const ReplayOptions* options);
+
+// The player's entry point. The program looks it up by this name in the loaded player.
+extern "C" __attribute__((visibility("default"))) InfosyncPlay infosyncPlay;
 inline constexpr char kInfosyncPlay[] = "infosyncPlay";

@@ -1,15 +1,22 @@
 #include "ServiceReport.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstddef>
+#include <cstdio>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "InfoSynchronizerManager.h"
+#include "OverlapService.h"
 #include "Printable.h"
+#include "RequestRecord.h"
+#include "RequestRecordQueue.h"
 
 namespace replay {
 namespace {

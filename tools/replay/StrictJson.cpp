@@ -5,7 +5,13 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
+
+#include "LineError.h"
 #include "Printable.h"
 
 namespace replay {
@@ -28,7 +34,8 @@ class StructureCheck {
         using Event = json::parse_event_t;
         if (event == Event::object_start || event == Event::array_start) {
             if (depth >= kDeepestNesting) {
-                throw Refused{{"line", "is nested deeper than " + std::to_string(kDeepestNesting)}};
+                throw Refused{{"line", "is nested more than " + std::to_string(kDeepestNesting) +
+                                               " levels deep"}};
             }
             (*mKeys)[static_cast<size_t>(depth)].clear();
         } else if (event == Event::key) {
@@ -63,7 +70,7 @@ std::string parserText(const json::exception& error) {
 
 json parseObject(std::string_view text, std::vector<LineError>& errors) {
     if (text.find('\0') != std::string_view::npos) {  // where the parser would stop reading
-        errors.push_back({"line", "holds a zero byte"});
+        errors.push_back({"line", "contains a zero byte"});
         return nullptr;
     }
     try {
@@ -75,7 +82,7 @@ json parseObject(std::string_view text, std::vector<LineError>& errors) {
     } catch (const Refused& refused) {
         errors.push_back(refused.error);
     } catch (const json::parse_error& error) {
-        errors.push_back({"line", "is no JSON at column " + parserText(error)});
+        errors.push_back({"line", "is not valid JSON at column " + parserText(error)});
     } catch (const json::out_of_range& error) {
         errors.push_back({"line", parserText(error)});
     }

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
-#include "CaptureLog.h"
+#include "LineError.h"
 
 namespace replay {
 

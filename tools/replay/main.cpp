@@ -3,24 +3,28 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <stdlib.h>  // setenv
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <system_error>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
+#include <CLI/CLI.hpp>  // IWYU pragma: keep, the definitions that App.hpp leaves out
+#include <CLI/Error.hpp>
+#include <CLI/Validators.hpp>
 
+#include "ExitStatus.h"
 #include "ReplayOptions.h"
 
 namespace {
-
-constexpr int kFailed = 1;
-constexpr int kUnusable = 2;
 
 struct Settings {
     ReplayOptions replay;
@@ -35,7 +39,7 @@ std::string checkProperty(const std::string& text) {
     const bool good = equals != std::string::npos && equals != 0 && text[0] != '#' &&
                       text.find_first_of(" \t\r\v\f") > equals &&
                       text.find('\n') == std::string::npos;
-    return good ? "" : "must be KEY=VALUE in one line: " + text;
+    return good ? "" : "must be KEY=VALUE on one line: " + text;
 }
 
 void addOptions(CLI::App& app, Settings& settings) {
@@ -94,8 +98,9 @@ void setEnvironment(const CLI::App& app, const Settings& settings) {
     }
 }
 
-// Puts something in the place of standard streams that are closed: a file opened later would
-// take their number, and with it what is meant for them. Writing to it fails.
+// Opens /dev/null for each standard stream that is closed. Otherwise the next file to be opened
+// would get that stream's descriptor, and what is printed would be written into the file. Opened
+// for reading only, so that printing to it fails as it would to the closed stream.
 void fillStandardStreams() {
     int descriptor = -1;
     do {
@@ -107,7 +112,8 @@ void fillStandardStreams() {
 }
 
 // The player lies beside the program in the build folder, and in a folder of its own once both
-// are installed. By a full path, since the loader would search where hostroot says.
+// are installed. A full path, since dlopen is hostroot's, and the loader would search for a bare
+// name where hostroot's libraries lie.
 std::string playerPath() {
     std::error_code error;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
@@ -135,7 +141,7 @@ int play(const ReplayOptions& options) {
                                     : nullptr;
     if (entry == nullptr) {
         std::fprintf(stderr, "infosync-replay: cannot load the player: %s\n", dlerror());
-        return kFailed;
+        return replay::kFailed;
     }
     return entry(&options);
 }
@@ -148,7 +154,7 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kUnusable;
+        return app.exit(error) == 0 ? replay::kPlayed : replay::kUnusable;
     }
     setEnvironment(app, settings);
     return play(settings.replay);
@@ -162,6 +168,6 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "infosync-replay: %s\n", error.what());
-        return kFailed;
+        return replay::kFailed;
     }
 }

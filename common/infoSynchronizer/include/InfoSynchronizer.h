@@ -3,19 +3,23 @@
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
+#include <mutex>
+#include <set>
 #include <string>
 
 #include "Export.h"
 #include "InfoSyncType.h"
+#include "ThreadAnnotations.h"
 
 class IntentAwareSys;
 
 namespace camInfosync {
 
-// The base of all synchronizers. Callers may hold only its virtual table: the order of the
-// virtual functions is part of the binary interface.
+// The base of all synchronizers. The order of the virtual functions is part of the binary
+// interface: a caller may know no more of a synchronizer than its virtual table.
 class INFOSYNC_EXPORT InfoSynchronizer {
   public:
     // Logs the address of the intent-aware object if there is one.
@@ -41,10 +45,12 @@ class INFOSYNC_EXPORT InfoSynchronizer {
 
 // Answers commands with the values that the intent-aware object gives for them.
 //
-// Thread safety: no lock is taken. Two threads may ask for the same key at once only after
-// the key has been answered before, and while the answer stays the same: such a call writes
-// nothing. A first question, or one whose answer differs from the last, must not overlap any
-// other call, nor a use of the text that an earlier call for this key returned.
+// Thread safety: any thread, at any time, whatever the service answers. The service is asked
+// with nothing locked. While it answers as it did to the executor's last question, no lock is
+// taken; any other answer takes a mutex for as long as it takes to look it up and keep it.
+//
+// Memory: grows with each key and with each different answer to it, and is freed with the
+// executor. A service that makes up a new text for every question makes it grow without end.
 class INFOSYNC_EXPORT CmdExecutor : public InfoSynchronizer {
   public:
     // The type is accepted for symmetry with the other synchronizers and not kept.
@@ -53,14 +59,26 @@ class INFOSYNC_EXPORT CmdExecutor : public InfoSynchronizer {
 
     // `in` is a zero-terminated command key. Asks the intent-aware object afresh on every call
     // and returns the answer as a zero-terminated text (a const char*); without an intent-aware
-    // object the answer is empty. The text belongs to the executor and is valid until the same
-    // key is asked again. A null key is logged as a warning, and the result is null.
+    // object the answer is empty. The text belongs to the executor, which neither changes nor
+    // frees it as long as it lives. A null key is logged as a warning, and the result is null.
     // What the intent-aware object throws, and std::bad_alloc, pass through; the answers kept
     // so far are then unchanged.
     void* requestCmd(const void* in) override;
 
   private:
-    std::map<std::string, std::string> mCmdValues;  // last answer per key; no lock, see above
+    // What one key was answered.
+    struct Answers {
+        std::set<std::string> texts;                    // all that came; guarded by mMutex
+        std::atomic<const std::string*> last{nullptr};  // one of them; set under mMutex
+    };
+    using Commands = std::map<std::string, Answers>;
+
+    INFOSYNC_LOCAL const std::string& keep(const std::string& key, std::string answer)
+            INFOSYNC_EXCLUDES(mMutex);
+
+    std::mutex mMutex;  // taken last: nothing else is locked, called or asked while it is held
+    Commands mCmdValues INFOSYNC_GUARDED_BY(mMutex);  // by key; entries and texts only come
+    std::atomic<const Commands::value_type*> mLastAsked{nullptr};  // an entry; set under mMutex
 };
 
 }  // namespace camInfosync

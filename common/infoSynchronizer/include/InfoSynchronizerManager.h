@@ -10,14 +10,15 @@
 
 #include <cutils/properties.h>
 
+// IWYU pragma: begin_exports
 #include "Export.h"
 #include "InfoCollector.h"
 #include "InfoSyncType.h"
 #include "InfoSynchronizer.h"
 #include "RequestRecord.h"
 #include "RequestRecordQueue.h"
-#include "ThreadAnnotations.h"
 #include "ThreadPool.h"
+// IWYU pragma: end_exports
 
 namespace camInfosync {
 
@@ -34,23 +35,24 @@ namespace camInfosync {
 //
 // Collection is on if the property "persist.vendor.camera.camquill.supported" is true and
 // either "persist.vendor.camera.infoSyncCollect.forceEnabled" is true or the intent-aware
-// object answers the command "snapshotInfoCollectEnable" with "enabled". While it is off,
-// registration, unregistration and flush do nothing.
+// object answers the command "snapshotInfoCollectEnable" with "enabled". Three operations are
+// switched by it: registration, unregistration and flush. They ask for the answer on every
+// call. While collection is off they do nothing else, except that the flush logs the switch.
 //
 // Two managers: GetInstance() and getInstance() give different objects. Registration,
 // unregistration and flush always work on the getInstance() manager; updates work on the
 // manager they are called on. Call everything on getInstance().
 //
-// Thread safety: every operation may be called from any thread and runs on it. Operations on
-// records wait for each other on the queue's one mutex, and a flush holds it for the whole
-// report: the intent-aware object must not call an operation that takes it. The gated
-// operations, and request for commands, ask the command executor without a lock, so the first
-// question for a key, and any whose answer has changed, must not overlap another (see
-// CmdExecutor). Threads must have stopped calling when the process exits.
+// Thread safety: every operation may be called from any thread at any time, and runs on it.
+// Operations on records wait for each other on the queue's one mutex, and a flush holds it for
+// the whole report: neither the intent-aware object nor a log may call an operation on records
+// from within a report or a log line. Threads must have stopped calling when the process exits.
 //
 // Errors: nothing is returned. A call that cannot do its work has no effect, and most log one
-// warning. std::bad_alloc passes; so does what the intent-aware object throws, from the gated
-// operations and request. The mutex is then free, and what was written stays.
+// warning. std::bad_alloc passes. So do, from the switched operations and request, what the
+// intent-aware object throws, and from the switched operations and time stages other than 0,
+// what building the getInstance() manager throws. The mutex is then free, and what was written
+// stays.
 class INFOSYNC_EXPORT InfoSynchronizerManager {
   public:
     // Builds the three synchronizers, an empty queue and a pool of one worker. Throws what the
@@ -62,12 +64,17 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
 
     // The manager of the record operations: built on the first call, from any thread, and
     // destroyed at process exit. If building throws, the next call tries again.
+    // Deliberate: not inline. A caller that compiled it too would own a second manager wherever
+    // the dynamic linker does not merge the two: with this library, or the caller, loaded with
+    // local scope.
     static InfoSynchronizerManager& getInstance();
 
-    // Hands `in` to a synchronizer. COLLECT and COLLECT_ALT: reports the RequestRecord at `in`,
-    // without a lock; `out` is not touched. CMD: stores the answer (a const char* owned by the
-    // executor) for the command key at `in` in `*out`. A null argument that is needed is logged
-    // as a warning; that and any other type have no effect.
+    // Hands `in` to a synchronizer, whether collection is on or off. COLLECT and COLLECT_ALT:
+    // reports the RequestRecord at `in`, without a lock: the record must not change until the
+    // call returns. `out` is not touched. CMD: stores the answer (a const char* owned by the
+    // executor) for the command key at `in` in `*out`; see CmdExecutor::requestCmd. A null `in`
+    // or `out` that is needed is logged as a warning; a null key stores null in `*out`. Any other
+    // type has no effect.
     void request(InfoSyncType type, const void* in, void** out);
 
     // Starts a record under `imageName`. An existing record is kept and a warning logged.
@@ -80,9 +87,9 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // record stays. Any other type, or an unknown name, reports nothing.
     void snapshotRequestInfoFlush(std::string imageName, InfoSyncType type);
 
-    // The updates. Each replaces one group of a record's fields. The record is found by the
-    // name it was registered under, except where an operation says otherwise, and an unknown
-    // name is logged as a warning.
+    // The updates. Each writes the fields that its arguments name, in place of what they held
+    // unless its comment says otherwise. The record is found by the name it was registered under,
+    // except where an operation says otherwise, and an unknown name is logged as a warning.
 
     // Appends `camIds` to those already there. The name that is stored here makes the record
     // visible to the list form of updateZuAlgoInfo, to updateNodeProcTime and to
@@ -102,16 +109,20 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
 
     void updateAnchorFrame(std::string imageName, int32_t anchorFrame);
 
-    // Stores the text of `errorCode` (0 to 4) under `resultId`. While fewer results are known
-    // than expected, marks all expected ids as "not_return" first. A code other than 0 marks
-    // the snapshot as failed; one outside 0 to 4 is logged as a warning and has no effect.
+    // Stores the text of `errorCode` (0 to 4) under `resultId`; an id above 2^31 - 1 is kept as
+    // the negative number of the same 32 bits. While the record holds fewer results than ids are
+    // expected, it first marks all expected ids as "not_return", those that have come already
+    // included: give all results of one snapshot after its last updateRequestInfo, and expect no
+    // id twice, which leaves fewer results than ids for good. A code other than 0 marks the
+    // snapshot as failed; one outside 0 to 4 is logged as a warning and has no effect.
     void updateVndResultInfo(std::string imageName, uint32_t resultId, int32_t errorCode);
 
     // Replaces all vendor results. Marks no failure, whatever the texts say.
     void updateVndResultInfo(std::string imageName, SnapshotInfo::VendorResultInfo info);
 
-    // Replaces the list of algorithms and gives those that are new to the record their starting
-    // values. Finds the record by its frame's image name; an unknown name is not warned about.
+    // Replaces the list of algorithms. What precedes an entry's first ':' is the algorithm's key;
+    // a key that is new to the record starts with the times A and B 0.0 and the state "none", and
+    // no time C. Finds the record by its frame's image name; an unknown name is not warned about.
     void updateZuAlgoInfo(std::string imageName, std::vector<std::string> algoList);
 
     // Replaces all algorithm information.
@@ -124,14 +135,16 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // Replaces the queue-wide post-processing information. Belongs to no snapshot.
     void updatePostProcInfo(std::map<std::string, uint32_t> info);
 
-    // Stamps a time stage (an index into TimeStageToChar) with the milliseconds since the
-    // record's creation. Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their
+    // Stamps a time stage (an index into TimeStageToChar) with the whole milliseconds from the
+    // record's creation to this call, which are counted in 32 bits: after 2^31 of them, some 24.8
+    // days, they go on at -2^31. Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their
     // texts; 6 stores its milliseconds less those of stage 4; 7 and 11 store 0. Stages above 14
-    // are ignored. Stages other than 0 first build the getInstance() manager if there is none:
-    // what its constructor throws passes, and nothing is stored then.
+    // are ignored. Stages other than 0 first build the getInstance() manager if there is none;
+    // if that throws, nothing is stored.
     void updateSnapshotTimeInfo(std::string imageName, uint32_t stage);
 
-    // Stores ready values in milliseconds under stage names. Other keys are ignored.
+    // Stores ready values, in milliseconds and of any size, under stage names. Other keys are
+    // ignored.
     void updateSnapshotTimeInfo(std::string imageName, std::map<std::string, int64_t> timeInfo);
 
     // Stores a node's start, second and completion time, in the caller's units. A second time
@@ -156,17 +169,6 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     std::shared_ptr<RequestRecordQueue> mRequestRecordQueue;
     std::map<InfoSyncType, std::shared_ptr<InfoSynchronizer>> mSynchronizers;
 };
-
-// Deliberate: inline in the manager's source alone, which every other binary then calls. A
-// caller that compiled it too would own a second `instance` wherever the dynamic linker does
-// not merge the two: with this library, or the caller, loaded with local scope.
-#ifdef INFOSYNC_MANAGER_SOURCE
-__attribute__((used)) INFOSYNC_EXPORT inline InfoSynchronizerManager&
-InfoSynchronizerManager::getInstance() {
-    static InfoSynchronizerManager instance;
-    return instance;
-}
-#endif
 
 }  // namespace camInfosync
 

@@ -13,10 +13,21 @@
 
 namespace camInfosync {
 
-// Texts by code, as they appear in records and reports. Constant data; indexed without a check.
-INFOSYNC_EXPORT extern const char* const TimeStageToChar[15];       // time stage
-INFOSYNC_EXPORT extern const char* const NodeProcInfoToChar[5];     // node state
-INFOSYNC_EXPORT extern const char* const ResultErrorCodeToChar[5];  // vendor result code
+// Texts by code, as they appear in records. Constant data; indexed without a check.
+//
+//     time stage                                               node state
+//      0 1request_to_zuhal    8 9mock_config_from_fwk           0 OK
+//      1 2request_to_vendor   9 10mock_request_from_fwk         1 GetInputError
+//      2 3result_from_vendor 10 11mock_result_to_fwk            2 GetOutputError
+//      3 4result_to_fwk      11 12post_proc_time                3 FlushTask
+//      4 5request_to_post    12 13shot_2_shot                   4 NodeProcessError
+//      5 6request_to_algo    13 14shot_2_gallery               vendor result code
+//      6 7anchor_time        14 15shot_2_view                   0 error_none     3 error_result
+//      7 8getbuffer_from_fwk                                    1 error_device   4 error_buffer
+//                                                               2 error_request
+INFOSYNC_EXPORT extern const char* const TimeStageToChar[15];
+INFOSYNC_EXPORT extern const char* const NodeProcInfoToChar[5];
+INFOSYNC_EXPORT extern const char* const ResultErrorCodeToChar[5];
 
 // The kind of a request. The library stores it and never branches on it; the callers own its
 // values.
@@ -24,7 +35,7 @@ enum RequestType : int32_t {
     REQUEST_TYPE_DEFAULT = 1,  // given to a record at registration
 };
 
-// The frame that a snapshot was taken from. Written as a whole by updateFrameInfo.
+// The frame that a snapshot was taken from. updateFrameInfo writes all of it.
 struct FrameInfo {
     uint32_t frameNumber = 0;
     std::string timestamp;         // the caller's text, reported as it stands

@@ -41,13 +41,15 @@ class INFOSYNC_EXPORT RequestRecordQueue {
 
     // Calls `visit` for each record whose frameInfo.imageName equals `imageName`, in key order,
     // until it returns false. The keys themselves are not compared: a record that has not had
-    // its updateFrameInfo is found by the empty name only. `visit` runs under `mutex` and must not
-    // take it. An empty `visit` throws std::bad_function_call at the first match.
+    // its updateFrameInfo is found by the empty name only. `visit` runs under `mutex`: it must
+    // neither take it nor change `records`. What it throws passes; an empty `visit` throws
+    // std::bad_function_call at the first match.
     void findByImageName(std::string imageName, Visitor visit) INFOSYNC_REQUIRES(mutex);
 
     // Not per snapshot; replaced as a whole.
     std::map<std::string, uint32_t> postProcInfo INFOSYNC_GUARDED_BY(mutex);
-    // One entry per reported vendor or node error, duplicates included; never shrinks.
+    // One entry per reported vendor or node error, duplicates included. The library only appends:
+    // whoever reads the names clears them, with `mutex` held, or they grow for ever.
     std::vector<std::string> errorImageNames INFOSYNC_GUARDED_BY(mutex);
     std::map<std::string, std::shared_ptr<RequestRecord>> records INFOSYNC_GUARDED_BY(mutex);
     std::mutex mutex;

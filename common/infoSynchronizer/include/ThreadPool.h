@@ -19,14 +19,17 @@
 
 namespace camInfosync {
 
-// Runs tasks first in, first out. Workers are named "InfoSyncThread" and their index, and run
-// in the task profile "SCHED_SP_BACKGROUND".
+// Runs tasks first in, first out. Workers are named "InfoSyncThread" and their index, of which
+// the kernel keeps 15 characters: the workers 1 and 10 to 19 share a name. They run in the task
+// profile "SCHED_SP_BACKGROUND".
 //
 // Thread safety: enqueue and setThreadPoolPriority may be called from any thread, also from a
-// task. Nothing may be called once the destructor has returned.
+// task. Once the destructor has begun, only tasks may call.
 class INFOSYNC_EXPORT ThreadPool {
   public:
-    // Starts `threadCount` workers with the nice value `priority`. If a worker cannot be
+    // Starts `threadCount` workers with the nice value `priority`. A nice value that the process
+    // has no right to set, as a lower one usually is, stays without effect and without a word,
+    // here and in setThreadPoolPriority. If a worker cannot be
     // started, those already running are stopped and joined, and std::system_error (its text
     // begins "thread constructor failed") or std::bad_alloc leaves the constructor.
     ThreadPool(unsigned int threadCount, int priority);
@@ -41,7 +44,7 @@ class INFOSYNC_EXPORT ThreadPool {
     // Throws as the constructor does; the pool is then as before, less an index.
     void addThread();
 
-    // Queues a task. Returns 0, or -1 without effect once the pool is being destroyed. Logs a
+    // Queues a task. Returns 0, or -1 without effect once the destructor has begun. Logs a
     // warning while the last ten calls found no task taken since. A task that throws, an empty
     // one included, ends the process. std::bad_alloc passes; the task is not queued then.
     int enqueue(std::function<void()> task) INFOSYNC_EXCLUDES(mMutex);

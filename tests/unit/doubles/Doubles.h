@@ -4,7 +4,8 @@
 // Everything that the library does to them goes into one journal: each call to the service, and
 // each message, which starts with its level if it reached both logs alike, and else with the
 // name of the one that it reached. What a test must have caused stands under its name in
-// expected/<suite>.txt, in order. There, ".cpp:*" is any line of a source file.
+// expected/<suite>.txt, in order; without its name there, that is nothing. There, ".cpp:*" is any
+// line of a source file.
 
 #pragma once
 
@@ -51,8 +52,10 @@ IntentAwareSys* service();
 void stopClock(int64_t seconds, int64_t nanoseconds);
 extern std::atomic<int> clockReads;
 
-// How often `run` locks `mutex`.
-int locksOf(std::mutex& mutex, const std::function<void()>& run);
+// How often `run` locks `mutex` on this thread; null counts every mutex. `onLock` is called before
+// each lock that counts.
+int locksOf(std::mutex* mutex, const std::function<void()>& run,
+            const std::function<void()>& onLock = {});
 
 // The task profiles that this thread asked for.
 extern thread_local std::string profiles;

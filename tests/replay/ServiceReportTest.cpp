@@ -1,0 +1,39 @@
+#include "ServiceReport.h"
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "InfoSynchronizerManager.h"
+#include "OverlapService.h"
+
+namespace {
+
+std::atomic<int> gInside{0};
+std::atomic<bool> gOverlapped{false};
+
+void take(std::vector<ServiceCall>* calls) {
+    gOverlapped = gOverlapped || ++gInside != 1;
+    std::this_thread::yield();
+    calls->push_back({ServiceCall::Kind::kFinishReport, "A", {}, {}});
+    --gInside;
+}
+
+TEST(ServiceReport, TakesFromTheServiceOnOneThreadAtATime) {
+    constexpr int kDrains = 2000;
+    replay::ServiceReport report(take, nullptr, nullptr);
+    const auto drain = [&] {
+        for (int i = 0; i < kDrains; ++i) {
+            report.drain(camInfosync::InfoSynchronizerManager::getInstance());
+        }
+    };
+    std::thread other(drain);
+    drain();
+    other.join();
+    EXPECT_FALSE(gOverlapped);
+    EXPECT_EQ(2 * kDrains, static_cast<int>(report.reports()));
+}
+
+}  // namespace

@@ -1,0 +1,508 @@
+"""End-to-end tests of infosync-replay: replay_test.py Class.test_name COMMAND...
+
+COMMAND is the tool, with an emulator in front of it if it needs one. Where the format is the
+point, outputs are compared with the files in expected/.
+"""
+
+import json
+import os
+import pathlib
+import pty
+import re
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+PROJECT = HERE.parent.parent
+COMMAND = sys.argv[2:]
+SECONDS = 50  # that a run may take
+LONGEST_LINE = 1048576
+FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
+SUPPORTED = "persist.vendor.camera.camquill.supported"
+
+
+def call(operation, image="A", **fields):
+    return json.dumps({"call": operation, "image": image, **fields}, ensure_ascii=False)
+
+
+def register(image, **fields):
+    return call("registerSnapshotRequestRecord", image, **fields)
+
+
+def frame(image, **fields):
+    return call("updateFrameInfo", image, frameNumber=1, timestamp="1", camIds=[0], frameExtra=0,
+                **fields)
+
+
+def fail(image):
+    return call("updateVndResultInfo", image, resultId=1, errorCode=1)
+
+
+def flush(image, **fields):
+    return call("snapshotRequestInfoFlush", image, **fields)
+
+
+def anchor(image, iso, **fields):
+    return call("updateAnchor3aInfo", image, fstop=1, iso=iso, lux=1, exposureTime=1, **fields)
+
+
+def slow_calls(thread, between=lambda number: []):
+    """Each result takes the thread so long that calls queue up behind it."""
+    lines = [register("slow", thread=thread),
+             call("updateRequestInfo", "slow", reqValueA=0, reqValueB=0, reqFlag=False,
+                  reqValue64=0, reqIdsA=[], expectedResultIds=[1] * 20000, thread=thread)]
+    for number in range(1, 41):
+        lines.append(call("updateVndResultInfo", "slow", resultId=1, errorCode=0, thread=thread))
+        lines += between(number)
+    return lines
+
+
+class ReplayTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        for log in [*PROJECT.glob("scenarios/*.jsonl"), *HERE.glob("logs/*.jsonl")]:
+            shutil.copy(log, self.folder)
+
+    def write(self, *lines, name="log.jsonl", end="\n"):
+        (self.folder / name).write_text("".join(line + end for line in lines), encoding="utf-8")
+        return name
+
+    def options(self, environment=None, **options):
+        clean = {key: value for key, value in os.environ.items() if not key.startswith("INFOSYNC_")}
+        return {"cwd": self.folder, "env": {**clean, **(environment or {})}, **options}
+
+    def run_tool(self, *arguments, status=0, stdin=b"", command=None, environment=None, **options):
+        """Runs the tool to its end. The library's first line is taken out of what it says."""
+        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        source = {"stdin": stdin} if hasattr(stdin, "fileno") else {"input": stdin}
+        run = subprocess.run([*(command or COMMAND), *arguments], timeout=SECONDS, **source,
+                             **self.options(environment, **options))
+        self.out = (run.stdout or b"").decode()
+        raw = (run.stderr or b"").decode()
+        self.err = re.sub("^features_mgr_handle = .*\n", "", raw, count=1)
+        self.says_handle = raw != self.err
+        self.assertEqual(status, run.returncode, raw)
+
+    def refuse(self, *arguments, says, **options):
+        """Nothing is played: neither a report nor the file of the calls comes into being."""
+        self.run_tool(*arguments, status=2, **options)
+        self.assertIn(says, self.err)
+        self.assertEqual("", self.out)
+        self.assertFalse((self.folder / "calls.jsonl").exists())
+
+    def expect(self, name, text):
+        self.assertEqual((HERE / "expected" / name).read_text(encoding="utf-8"), text)
+
+    def expect_calls(self, name):
+        self.expect(name, (self.folder / "calls.jsonl").read_text(encoding="utf-8"))
+
+    def total(self, name):
+        return re.search(f"^  {name} +(.*)$", self.out, re.MULTILINE).group(1)
+
+
+class Reports(ReplayTest):
+    def play(self, name, *options):
+        self.run_tool(*options, "--json", "calls.jsonl", name + ".jsonl")
+        self.expect(name + ".txt", self.out)
+        self.expect_calls(name + ".calls.jsonl")
+
+    def test_plain_shot(self):
+        self.play("plain-shot")
+
+    def test_burst_of_eight(self):
+        self.play("burst-of-eight")
+
+    def test_night_shot(self):
+        self.play("night-shot")
+
+    def test_switched_off(self):
+        self.play("switched-off", "--property=" + SUPPORTED + "=false")
+
+    def test_hostile_names(self):
+        self.play("hostile-names")
+
+    def test_json_to_stdout(self):
+        self.run_tool("plain-shot.jsonl", "--json", "-")
+        self.expect("plain-shot.calls.jsonl", self.out)
+        self.assertTrue(self.says_handle)
+
+    def test_quiet(self):
+        self.run_tool("plain-shot.jsonl", "--quiet", "--json", "calls.jsonl")
+        self.assertEqual(("", ""), (self.out, self.err))
+        self.expect_calls("plain-shot.calls.jsonl")
+
+    def test_stdin(self):
+        log = (self.folder / "plain-shot.jsonl").read_bytes()
+        self.run_tool("-", stdin=log)
+        self.expect("plain-shot.txt", self.out)
+        with open(self.folder / "plain-shot.jsonl", "rb") as file:
+            self.run_tool("-", stdin=file)
+        self.expect("plain-shot.txt", self.out)
+
+    def test_repeat(self):
+        self.run_tool("plain-shot.jsonl", "--repeat", "3")
+        self.expect("repeat.txt", self.out)
+
+    def test_names_in_totals(self):
+        names = [f"{number:02}" for number in range(1, 13)]
+        for count, more in ((10, ""), (12, ", ... and 2 more")):
+            lines = [line(name) for name in names[:count] for line in (register, fail)]
+            self.run_tool(self.write(*lines, fail("03")))
+            shown = names[:10]
+            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("records left"))
+            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in shown]
+            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("failed images"))
+
+    def test_unprintable_names_in_totals(self):
+        name = "\\\u0007\u007f\u009b" + "x" * 60
+        self.run_tool(self.write(register(name), fail(name)))
+        printed = "\\\\\\x07\\x7f\\xc2\\x9b" + "x" * 55 + "..."
+        self.assertEqual("1: " + printed, self.total("records left"))
+        self.assertEqual(f"1: {printed} (1 error)", self.total("failed images"))
+
+    def test_answers_are_made_printable(self):
+        for answer, printed in (
+                (b"\x1b\x1f \x7e\x7f\n\t\\", "\\x1b\\x1f ~\\x7f\\n\\t\\\\"),
+                (b"\xc2\x80\xc2\x9f\xc2\xa0", "\\xc2\\x80\\xc2\\x9f\u00a0"),
+                (b"\x80\xbf\xc1\x80\xf5\x80\xff", "\\x80\\xbf\\xc1\\x80\\xf5\\x80\\xff"),
+                (b"\xe0\x9f\xbf\xe0\xa0\x80", "\\xe0\\x9f\\xbf\u0800"),
+                (b"\xed\x9f\xbf\xed\xa0\x80\xee\x80\x80", "\ud7ff\\xed\\xa0\\x80\ue000"),
+                (b"\xf0\x8f\xbf\xbf\xf0\x90\x80\x80", "\\xf0\\x8f\\xbf\\xbf\U00010000"),
+                (b"\xf4\x8f\xbf\xbf\xf4\x90\x80\x80", "\U0010ffff\\xf4\\x90\\x80\\x80"),
+                (b"\xe2\x82x\xf0\x90\x80", "\\xe2\\x82x\\xf0\\x90\\x80"),
+                (b"x" * 60, "x" * 60),
+                (b"x" * 61, "x" * 60 + "..."),
+                (b"x" * 58 + b"\xc3\xa9y", "x" * 58 + "\u00e9..."),
+                (b"x" * 59 + b"\xc3\xa9", "x" * 59 + "...")):
+            self.run_tool("plain-shot.jsonl", "--answer", answer)
+            self.assertEqual(f'off: the service answers "{printed}"', self.total("collection"))
+
+
+class Options(ReplayTest):
+    def collection(self, *options, **environment):
+        self.run_tool("plain-shot.jsonl", *options, environment=environment)
+        return self.total("collection")
+
+    def test_no_service(self):
+        self.run_tool("plain-shot.jsonl", "--no-service")
+        self.expect("no-service.txt", self.out)
+
+    def test_answer(self):
+        self.run_tool("plain-shot.jsonl", "--answer", "disabled")
+        self.expect("answer.txt", self.out)
+        off = 'off: the service answers "no"'
+        self.assertEqual(off, self.collection(INFOSYNC_HOST_ANSWER="no"))
+        self.assertEqual('off: the service answers ""',
+                         self.collection("--answer", "", INFOSYNC_HOST_ANSWER="no"))
+
+    def test_forced(self):
+        self.run_tool("plain-shot.jsonl", "--answer", "disabled", "--property", FORCED + "=1")
+        self.expect("forced.txt", self.out)
+
+    def test_several_properties(self):
+        forced = "on: forced by " + FORCED
+        self.assertEqual(forced, self.collection("--property", FORCED + "=1",
+                                                 "--property", "empty=", "--property", "a=b c"))
+        inherited = {"INFOSYNC_HOST_PROPERTIES": FORCED + "=1"}
+        self.assertEqual(forced, self.collection(**inherited))
+        self.assertEqual(forced, self.collection("--property", "a=b", **inherited))
+        self.assertEqual('on: the service answers "enabled"',
+                         self.collection("--property", FORCED + "=0", **inherited))
+
+    def test_options_before_the_log(self):
+        self.run_tool("--quiet", "--property", "a=b", "--repeat", "1", "--answer", "enabled",
+                      "--log-level", "warn", "--json", "calls.jsonl", "plain-shot.jsonl")
+        self.expect_calls("plain-shot.calls.jsonl")
+
+    def test_log_level(self):
+        log = self.write(*[register("A")] * 2)
+        for options, letters in (([], "W"), (["debug"], "IW"), (["info"], "IW"), (["warn"], "W"),
+                                 (["error"], ""), (["silent"], "")):
+            self.run_tool(log, *["--log-level"] * len(options), *options)
+            logged = re.findall("^[^ ]+ ([A-Z]) ", self.err, re.MULTILINE)
+            self.assertEqual(letters, "".join(sorted(set(logged))), options)
+
+    def test_log_level_numbers(self):
+        root = {"INFOSYNC_HOST_ROOT": os.environ.get("LEVEL_ROOT", ""), "INFOSYNC_LOG_LEVEL": "9"}
+        for options, number in (([], 9), (["debug"], 3), (["info"], 4), (["warn"], 5),
+                                (["error"], 6), (["silent"], 8)):
+            self.run_tool("plain-shot.jsonl", *["--log-level"] * len(options), *options,
+                          environment=root)
+            self.assertIn(f"the log level is {number}\n", self.err)
+
+    def test_version(self):
+        self.run_tool("--version")
+        self.assertEqual(os.environ["VERSION"] + "\n", self.out)
+
+    def test_help(self):
+        self.run_tool("--help")
+        for option in ("--json FILE", "--repeat N", "--property KEY=VALUE", "--answer TEXT",
+                       "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
+            self.assertIn(option, self.out)
+
+    def test_bad_options(self):
+        for *arguments, says in (["log is required"],
+                                 ["--bogus", "--bogus"],
+                                 ["--repeat", "0", "--repeat"],
+                                 ["--repeat", "4294967295", "--repeat"],
+                                 ["--repeat", "4294967294", "bad.jsonl:1: "],
+                                 ["--log-level", "loud", "--log-level"]):
+            self.refuse(*(arguments and ["bad.jsonl", *arguments]), says=says)
+
+    def test_bad_properties(self):
+        for text in ("key", "=value", "#a=b", "a b=c", " a=b", "a=b\nc=d"):
+            self.refuse("plain-shot.jsonl", "--property", text,
+                        says="--property: must be KEY=VALUE on one line: " + text)
+
+
+class Threads(ReplayTest):
+    def test_each_name_is_a_thread(self):
+        log = self.write(register("1"), register("a1", thread="a"), register("b1", thread="b"),
+                         register("a2", thread="a"), register("b2", thread="b"), register("2"))
+        self.run_tool(log, "--log-level", "info")
+        ids = {image: thread for thread, image in
+               re.findall(r"^\S+ I \S+ \S+ +\d+ +(\d+) .*register image (\w+)", self.err, re.M)}
+        self.assertEqual((ids["1"], ids["a1"], ids["b1"]), (ids["2"], ids["a2"], ids["b2"]))
+        self.assertEqual(3, len(set(ids.values())), ids)
+
+    def test_order_and_barrier(self):
+        lines = slow_calls("t", lambda number: [anchor("fast", number, thread="t")])
+        self.run_tool(self.write(register("fast"), frame("fast"), *lines, '{"barrier":true}',
+                                 flush("fast")))
+        self.assertIn("\n    iso            40\n", self.out)
+
+    def test_end_is_a_barrier(self):
+        lines = [register("first"), *slow_calls("t"), register("last", thread="t"),
+                 frame("last", thread="t"), flush("last", thread="t")]
+        self.run_tool(self.write(*lines), "--repeat", "2", "--log-level", "info")
+        images = re.findall("register image (first|last)(#2|),", self.err)
+        self.assertEqual([("first", ""), ("last", ""), ("first", "#2"), ("last", "#2")], images)
+        self.assertEqual("2", self.total("reports"))
+
+    def test_sleep(self):
+        log = self.write('{"sleepMs":400}', '{"sleepMs":400}')
+        begin = time.monotonic()
+        self.run_tool(log)
+        self.assertGreaterEqual(time.monotonic() - begin, 0.8)
+
+    def test_flushes_at_once(self):
+        names = [f"{thread}.{number}" for number in range(100) for thread in "abcd"]
+        lines = [line(name, thread=name[0]) for name in names for line in (register, frame, flush)]
+        self.run_tool(self.write(*lines), "--json", "calls.jsonl")
+        calls = [json.loads(line) for line in open(self.folder / "calls.jsonl", encoding="utf-8")]
+        reports = re.findall(r"^report (\d+): (.*)$", self.out, re.M)
+        self.assertEqual([str(number) for number in range(1, 401)], [report[0] for report in reports])
+        self.assertEqual(sorted(names), sorted(report[1] for report in reports))
+        self.assertEqual([report[1] for report in reports for _ in range(10)],
+                         [one["id"] for one in calls])
+        self.assertEqual(("1200", "400", "4000"), (self.total("calls made"),
+                         self.total("flush calls"), self.total("service calls")))
+
+    def test_many_threads(self):
+        names = [str(number) for number in range(1, 65)]
+        log = self.write(*[register("A", thread=name) for name in [*names, *names]])
+        self.run_tool(log, "--log-level", "error")
+        self.assertEqual("128", self.total("calls made"))
+        log = self.write(*[register("A", thread=name) for name in [*names, "65", "1", "66"]])
+        self.refuse(log, says="log.jsonl:65: thread: is one name too many; a log may name 64 "
+                    "threads\nlog.jsonl:67: thread: is one name too many")
+
+
+class Refused(ReplayTest):
+    def test_bad_log(self):
+        self.refuse("bad.jsonl", "--json", "calls.jsonl", says="")
+        self.expect("bad.txt", self.err)
+
+    def test_bad_stdin(self):
+        self.refuse("-", stdin=(self.folder / "bad.jsonl").read_bytes(),
+                    says="standard input:1: frameNumber: must be")
+
+    def test_ten_errors_are_all_shown(self):
+        self.refuse(self.write(*["{}"] * 10), says="log.jsonl:10: call: is missing\n")
+        self.assertNotIn("more", self.err)
+
+    def test_lines(self):
+        """lines.txt holds lines, and under each one, indented, what is wrong with it."""
+        for case in re.split(b"\n(?!    |$)", (HERE / "lines.txt").read_bytes()):
+            line, *errors = case.decode(errors="surrogateescape").rstrip("\n").split("\n    ")
+            self.run_tool("-", "--quiet", "--log-level", "error", status=2 if errors else 0,
+                          stdin=line.encode(errors="surrogateescape"))
+            self.assertEqual([f"standard input:1: {error}" for error in errors],
+                             self.err.splitlines(), line)
+
+    def test_unprintable_texts_in_errors(self):
+        text = "\u007f\u009b" + "x" * 58
+        log = self.write(call(text), register("A", **{text: 1}), f'{{"{text}":1,"{text}":1}}',
+                         call("updatePostProcInfo", postProcInfo={text: ""}), "\u009b",
+                         name="\u009b.jsonl")
+        self.refuse(log, says="")
+        printed = "\\x7f\\xc2\\x9b" + "x" * 57 + "..."
+        self.assertEqual([
+            f"\\xc2\\x9b.jsonl:1: call: is not an operation: {printed}",
+            f"\\xc2\\x9b.jsonl:2: {printed}: is not a field of this call",
+            f"\\xc2\\x9b.jsonl:3: {printed}: is given twice",
+            "\\xc2\\x9b.jsonl:4: image: is not a field of this call",
+            f"\\xc2\\x9b.jsonl:4: postProcInfo.{printed}: must be a whole number from 0 to "
+            "4294967295",
+            "\\xc2\\x9b.jsonl:5: line: is not valid JSON at column 1: syntax error while parsing "
+            "value - invalid literal; last read: '\\xc2'"], self.err.splitlines())
+        self.refuse("absent\u009b.jsonl", says="absent\\xc2\\x9b.jsonl: cannot open")
+
+    def test_longest_line(self):
+        line = '{"sleepMs":0}'
+        self.run_tool(self.write(line.ljust(LONGEST_LINE)))
+        self.run_tool(self.write(line.ljust(LONGEST_LINE), end=""))
+        self.refuse(self.write("", line.ljust(LONGEST_LINE + 1), "{}"),
+                    says="log.jsonl:2: line: is longer than 1048576 bytes\n"
+                    "log.jsonl:3: call: is missing\n")
+
+    def test_long_line(self, **limit):
+        self.refuse(self.write("[" * 67108864, "", "{}"), **limit,
+                    says="log.jsonl:1: line: is longer than 1048576 bytes\n"
+                    "log.jsonl:3: call: is missing\n")
+
+    def test_limited_long_line(self):
+        """Not for the sanitizers and the emulator, which need memory of their own."""
+        memory = (60000 * 1024,) * 2
+        self.test_long_line(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, memory))
+
+    def test_unreadable_log(self):
+        self.refuse("absent.jsonl", says="absent.jsonl: cannot open: No such file")
+        self.refuse(".", says=".: cannot read: Is a directory")
+        self.refuse("/proc/self/mem", says="/proc/self/mem: cannot read: Input/output error")
+        with open("/proc/self/mem", "rb") as memory:
+            self.refuse("-", stdin=memory, says="standard input: cannot read: Input/output error")
+
+    def test_no_room_for_standard_input(self):
+        for size in (10, 1000000):
+            self.refuse("-", stdin=b"\n" * size, restore_signals=False,  # SIGXFSZ stays ignored
+                        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0)),
+                        says="standard input: cannot write the temporary file: File too large")
+
+
+class Outputs(ReplayTest):
+    def test_unwritable(self):
+        self.refuse("plain-shot.jsonl", "--json", "absent/calls.jsonl",
+                    says="absent/calls.jsonl: cannot be opened for writing: No such file")
+
+    def test_log_as_output(self):
+        before = (self.folder / "plain-shot.jsonl").read_bytes()
+        self.refuse("plain-shot.jsonl", "--json", "./plain-shot.jsonl",
+                    says="./plain-shot.jsonl: is the log itself, which would be overwritten")
+        self.assertEqual(before, (self.folder / "plain-shot.jsonl").read_bytes())
+
+    def test_full_disk(self):
+        full = "cannot write the output: No space left on device"
+        self.refuse("plain-shot.jsonl", "--quiet", "--json", "/dev/full", says=full)
+        with open("/dev/full", "wb") as file:
+            self.refuse("plain-shot.jsonl", stdout=file, says=full)
+            self.refuse("plain-shot.jsonl", "--json", "-", stdout=file, says=full)
+            self.refuse("burst-of-eight.jsonl", "--repeat", "9", stdout=file, says="cannot write")
+
+    def test_closed_streams(self):
+        def close(*streams):
+            return {"preexec_fn": lambda: [os.close(stream) for stream in streams]}
+        self.run_tool("plain-shot.jsonl", "--json", "calls.jsonl", status=2, **close(1))
+        self.assertIn("cannot write the output", self.err)
+        self.expect_calls("plain-shot.calls.jsonl")
+        self.run_tool("plain-shot.jsonl", "--json", "calls.jsonl", status=2, **close(0, 1, 2))
+        self.expect_calls("plain-shot.calls.jsonl")
+        self.run_tool("bad.jsonl", "--json", "calls.jsonl", status=2, **close(2))
+        self.run_tool("-", **close(0))
+        self.assertEqual("0", self.total("calls made"))
+
+
+class ChangedLogs(ReplayTest):
+    def change(self, edit, line):
+        """Edits the log while the tool, which says much, waits for its reader. A line has 64
+        bytes, so that what the tool has read ahead ends with a line: the 1024th."""
+        log = self.folder / self.write(*[register("A" * 12).replace(" ", "")] * 20000)
+        with subprocess.Popen([*COMMAND, log.name, "--quiet", "--log-level", "info"],
+                              stderr=subprocess.PIPE, **self.options()) as tool:
+            said = b""
+            while b"register image" not in said:
+                chunk = os.read(tool.stderr.fileno(), 4096)
+                self.assertTrue(chunk, said)
+                said += chunk
+            edit(log)
+            err = tool.communicate(timeout=SECONDS)[1].decode()
+        self.assertEqual(1, tool.returncode)
+        self.assertEqual(f"infosync-replay: log.jsonl:{line}: the log has changed since it was "
+                         "checked", err.splitlines()[-1])
+
+    def test_emptied_log(self):
+        self.change(lambda log: os.truncate(log, 0), 1024)
+
+    def test_longer_log(self):
+        def append(log):
+            with open(log, "ab") as file:
+                file.write(b"\n")
+        self.change(append, 20001)
+
+    def test_log_of_the_same_length(self):
+        def spoil(log):
+            with open(log, "rb+") as file:
+                file.seek(64 * 10000)
+                file.write(b"x")
+        self.change(spoil, 10001)
+
+
+class ProgressBar(ReplayTest):
+    """The log takes more than a second, and the bar is looked at every 256 lines: at the 212th
+    of the first round and the 168th of the second."""
+
+    def draw(self, *options, stdout=subprocess.DEVNULL):
+        log = self.write('{"sleepMs":1200}', *["             "] * 299)
+        master, terminal = pty.openpty()
+        self.run_tool(log, *options, stderr=terminal, stdout=stdout or terminal)
+        os.close(terminal)
+        drawn = b""
+        while chunk := self.read(master):
+            drawn += chunk
+        os.close(master)
+        return re.sub("^features.*\r\n", "", drawn.decode())
+
+    @staticmethod
+    def read(master):
+        try:
+            return os.read(master, 4096)
+        except OSError:  # all has been read
+            return b""
+
+    def test_bar(self):
+        self.assertEqual("\r[######################..................]  56%"
+                         "\r[##################################......]  85%\r\033[K",
+                         self.draw("--repeat", "2"))
+
+    def test_bar_beside_calls_on_a_terminal(self):
+        self.assertTrue(self.draw("--json", "-", stdout=None).endswith("%\r\033[K"))
+
+    def test_no_bar(self):
+        self.assertEqual("", self.draw("--quiet"))
+        self.assertNotIn("%", self.draw(stdout=None))
+        self.run_tool(self.write(*[""] * 1000, '{"sleepMs":1200}', *[""] * 1000))
+        self.assertEqual("", self.err)
+
+
+class Installed(ReplayTest):
+    def test_installed(self):
+        """The installed program finds the installed player, library and host root."""
+        prefix = self.folder / "prefix"
+        subprocess.run([os.environ["CMAKE"], "--install", os.environ["BUILD"], "--prefix", prefix],
+                       stdout=subprocess.DEVNULL, check=True)
+        tool = prefix / os.environ["BINDIR"] / "infosync-replay"
+        self.run_tool("plain-shot.jsonl", command=[*COMMAND[:-1], tool])
+        self.expect("plain-shot.txt", self.out)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:2])

@@ -1,0 +1,342 @@
+// The manager: the two of them, dispatch, the switch, the flush, the gates of the logs, and what
+// each update writes.
+
+#include <sys/resource.h>
+
+#include <cmath>
+#include <future>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include <zudebug/Log.h>
+
+#include "FreshProcess.h"
+#include "InfoSynchronizerManager.h"
+
+namespace camInfosync {
+namespace {
+
+constexpr char kCommand[] = "snapshotInfoCollectEnable";
+
+class Manager : public doubles::Test {
+  protected:
+    Manager() {
+        queue.records.clear();
+        doubles::takeJournal();
+    }
+    ~Manager() override { InfoSynchronizer::mIntentAwareImpl = doubles::service(); }
+
+    InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
+    RequestRecordQueue& queue = *manager.mRequestRecordQueue;
+    RequestRecord record{REQUEST_TYPE_DEFAULT};
+};
+
+TEST_F(Manager, IsBuiltByItsFirstCaller) {
+    for (const char* things : {"managers", "stages"}) {
+        doubles::note("== " + std::string(things));
+        for (const std::string& line : runFresh("both", "", things)) {
+            if (line.find("[EC_Overlap]") == std::string::npos) {
+                doubles::note(line);
+            }
+        }
+    }
+}
+
+TEST_F(Manager, SwitchDecidesEveryOperationThatItSwitches) {
+    const struct {
+        const char* environment;
+        bool supported, forced, service;
+    } settings[] = {
+            {"", false, false, true},
+            {"camquill.supported=0 infoSyncCollect.forceEnabled=0", false, false, true},
+            {"camquill.supported=0 infoSyncCollect.forceEnabled=1", false, true, true},
+            {"camquill.supported=1", true, false, true},
+            {"camquill.supported=1 infoSyncCollect.forceEnabled=0", true, false, true},
+            {"camquill.supported=1 infoSyncCollect.forceEnabled=1", true, true, true},
+            {"camquill.supported=1 infoSyncCollect.forceEnabled=0", true, false, false},
+            {"camquill.supported=1 infoSyncCollect.forceEnabled=1", true, true, false},
+    };
+    for (const auto& [environment, supported, forced, service] : settings) {
+        std::vector<std::string> expected;
+        for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled", "zero"}) {
+            const std::string value = !service ? "" : answer == "zero" ? "enabled" : answer;
+            const bool enabled = forced || value == "enabled";
+            const bool on = supported && enabled;
+            const auto flag = [](bool is) { return is ? "1" : "0"; };
+            const auto addIfOn = [&](const char* line) {
+                expected.insert(expected.end(), on ? 1 : 0, line);
+            };
+            addIfOn("register image A, queue size: 1");
+            expected.push_back(std::string("camQuillSupported:") + flag(supported) +
+                               ",  infoSyncCollectEnabled:" + flag(enabled) + ", cmdVal: " + value);
+            addIfOn("flush image A  snapshotRequestInfo to infosync module");
+            addIfOn("unregister image A, queue size: 0");
+            expected.push_back("answer '" + answer + "', queries " + (service ? "3" : "0") +
+                               ", registered " + flag(on) + ", left " + flag(!on));
+        }
+        std::vector<std::string> lines;
+        const char* root = service ? "both" : "neither";
+        for (const std::string& line : runFresh(root, environment, "switch")) {
+            if (line.find("Construct E") != std::string::npos) {
+                continue;
+            }
+            if (line.rfind("answer ", 0) == 0) {
+                lines.push_back(line);
+            } else if (line.find(" kelo-InfoSynchronizer ") != std::string::npos) {
+                lines.push_back(line.substr(line.find("()") + 2));
+            }
+        }
+        EXPECT_EQ(lines, expected) << environment;
+    }
+}
+
+TEST_F(Manager, BuildsOneSynchronizerPerTypeAndOneThread) {
+    std::promise<int> nice;
+    InfoSynchronizerManager built;
+    auto& synchronizers = built.mSynchronizers;
+    EXPECT_EQ(synchronizers.size(), 3U);
+    EXPECT_NE(synchronizers[INFO_SYNC_TYPE_COLLECT], synchronizers[INFO_SYNC_TYPE_COLLECT_ALT]);
+    synchronizers[INFO_SYNC_TYPE_CMD]->requestInfo(&record);
+    EXPECT_EQ(synchronizers[INFO_SYNC_TYPE_COLLECT]->requestCmd(kCommand), nullptr);
+    built.mThreadPool->enqueue([&nice] { nice.set_value(getpriority(PRIO_PROCESS, 0)); });
+    EXPECT_EQ(nice.get_future().get(), 10);
+    doubles::note("without a service:");
+    InfoSynchronizer::mIntentAwareImpl = nullptr;
+    doubles::threadsLeft = 1;
+    const InfoSynchronizerManager silent;
+    doubles::note("without a thread:");
+    EXPECT_THROW(InfoSynchronizerManager(), std::system_error);
+}
+
+TEST_F(Manager, RequestsGoToTheTypesSynchronizer) {
+    void* const before = &manager;
+    void* out = before;
+    for (const int type : {-1, 3, 5, 0, 2}) {
+        doubles::note("type", type);
+        manager.request(static_cast<InfoSyncType>(type), &record, &out);
+    }
+    EXPECT_EQ(manager.mSynchronizers.size(), 3U);
+    doubles::note("null arguments:");
+    manager.request(INFO_SYNC_TYPE_CMD, kCommand, nullptr);
+    manager.request(INFO_SYNC_TYPE_COLLECT, nullptr, nullptr);
+    EXPECT_EQ(out, before);
+    manager.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
+    EXPECT_EQ(out, nullptr);
+    manager.request(INFO_SYNC_TYPE_CMD, kCommand, &out);
+    EXPECT_STREQ(static_cast<const char*>(out), "enabled");
+}
+
+TEST_F(Manager, SwitchedOperationsUseTheOtherManager) {
+    auto& entry = *static_cast<InfoSynchronizerManager*>(GetInstance());
+    EXPECT_EQ(&entry, GetInstance());
+    EXPECT_NE(&entry, &manager);
+    doubles::takeJournal();
+    entry.registerSnapshotRequestRecord("A");
+    EXPECT_EQ(queue.records.count("A"), 1U);
+    entry.updateAnchorFrame("A", 1);  // an update stays with its own queue
+    entry.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    entry.unregisterSnapshotRequestRecord("A");
+    EXPECT_EQ(queue.records.size(), 0U);
+}
+
+TEST_F(Manager, WithoutAQueueNothingIsRegistered) {
+    const auto queueKept = std::exchange(manager.mRequestRecordQueue, nullptr);
+    manager.registerSnapshotRequestRecord("A");
+    manager.unregisterSnapshotRequestRecord("A");
+    manager.mRequestRecordQueue = queueKept;
+    EXPECT_EQ(queue.records.size(), 0U);
+}
+
+TEST_F(Manager, FlushReportsTypeZeroOnlyAndKeepsTheRecord) {
+    queue.emplace_back("A");
+    for (const int type : {-1, 1, 2, 3, 0, 0}) {
+        doubles::note("type", type);
+        manager.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(type));
+    }
+    manager.snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
+    EXPECT_EQ(queue.records.count("A"), 1U);
+}
+
+TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSentOrThrown) {
+    const auto tryLock = [this] {
+        return std::unique_lock<std::mutex>(queue.mutex, std::try_to_lock).owns_lock();
+    };
+    const auto isFree = [&] { return std::async(std::launch::async, tryLock).get(); };
+    const auto flush = [this] { manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); };
+    queue.emplace_back("A");
+    doubles::onCall = [&] { EXPECT_FALSE(isFree()); };
+    EXPECT_EQ(doubles::locksOf(&queue.mutex, flush), 2);
+    doubles::takeJournal();
+    doubles::onCall = [] { throw std::runtime_error("gone"); };
+    EXPECT_THROW(flush(), std::runtime_error);
+    EXPECT_TRUE(isFree());
+}
+
+TEST_F(Manager, LogsGoThroughTheirGates) {
+    struct Gates {
+        int32_t level;
+        uint32_t group, mask;
+        int locks;  // the two changes', and one each for the size if there is a log to print it
+    };
+    for (const Gates& gates :
+         {Gates{4, 64, 1, 4}, Gates{4, UINT32_MAX, 0, 4}, Gates{5, 64, 0, 2}, Gates{5, 64, 1, 4},
+          Gates{6, 64, 0, 2}, Gates{6, 64, 1U << 31, 4}, Gates{0, ~64U, UINT32_MAX, 2}}) {
+        queue.emplace_back("A");
+        zudebug::gZuCamLogLevel = gates.level;
+        zudebug::gZuCamLogGroup = gates.group;
+        zudebug::gZuCamDebugMask = gates.mask;
+        doubles::note("== level", gates.level);
+        const auto change = [this] {
+            manager.registerSnapshotRequestRecord("A");  // a warning, and an information
+            manager.unregisterSnapshotRequestRecord("A");
+        };
+        EXPECT_EQ(doubles::locksOf(&queue.mutex, change), gates.locks);
+    }
+}
+
+constexpr RequestType kOtherType = static_cast<RequestType>(6);
+
+// Notes the fields that differ.
+void noteChanges(const std::string& name, const RequestRecord& before, const RequestRecord& after) {
+    // clang-format off
+#define NOTE(field) \
+    if (after.field != before.field) doubles::note(name + ": " #field, after.field);
+    NOTE(errorInfo) NOTE(hasError) NOTE(requestTime.tv_sec) NOTE(reserved64)
+    NOTE(frameInfo.frameNumber) NOTE(frameInfo.timestamp) NOTE(frameInfo.camIds)
+    NOTE(frameInfo.frameExtra) NOTE(frameInfo.imageName)
+    NOTE(snapshotInfo.requestType) NOTE(snapshotInfo.camMode) NOTE(snapshotInfo.faceDetect)
+    NOTE(snapshotInfo.zoomRatio) NOTE(snapshotInfo.uiExtra) NOTE(snapshotInfo.vendorResultInfo)
+    NOTE(snapshotInfo.requestInfo.reqValueA) NOTE(snapshotInfo.requestInfo.reqValueB)
+    NOTE(snapshotInfo.requestInfo.anchorFrame) NOTE(snapshotInfo.requestInfo.reqFlag)
+    NOTE(snapshotInfo.requestInfo.reqValue64) NOTE(snapshotInfo.requestInfo.reqIdsA)
+    NOTE(snapshotInfo.requestInfo.expectedResultIds) NOTE(snapshotInfo.zuAlgoInfo.algoList)
+    NOTE(snapshotInfo.zuAlgoInfo.algoTimeA) NOTE(snapshotInfo.zuAlgoInfo.algoTimeB)
+    NOTE(snapshotInfo.zuAlgoInfo.algoTimeC) NOTE(snapshotInfo.zuAlgoInfo.algoState)
+    NOTE(snapshotInfo.fstop) NOTE(snapshotInfo.iso) NOTE(snapshotInfo.lux)
+    NOTE(snapshotInfo.exposureTime) NOTE(snapshotInfo.timeInfo)
+    // clang-format on
+}
+
+struct Update {
+    const char* text;
+    std::function<void(InfoSynchronizerManager& manager, const char* image)> run;
+};
+// clang-format off
+#define UPDATE(...) \
+    {#__VA_ARGS__, [](InfoSynchronizerManager& manager, [[maybe_unused]] const char* image) { manager.__VA_ARGS__; }}
+// clang-format on
+
+// Each is run for an image that is not there and for one that is.
+const Update updates[] = {
+        UPDATE(updateFrameInfo(image, 7, "123", {2, 1}, 9)),
+        UPDATE(updateRequestInfo(image, -1, 2, true, UINT64_MAX, {3, 4}, {5})),
+        UPDATE(updateUIInfo(image, kOtherType, 4000000000U, -2, 2.5F, "ui")),
+        UPDATE(updateAnchor3aInfo(image, 1.75F, 4, -0.5F, INT64_MIN)),
+        UPDATE(updateAnchorFrame(image, -3)),
+        UPDATE(updateVndResultInfo(image, UINT32_MAX, 0)),
+        UPDATE(updateVndResultInfo(image, 1, 1)),
+        UPDATE(updateVndResultInfo(image, 1, 2)),
+        UPDATE(updateVndResultInfo(image, 1, 3)),
+        UPDATE(updateVndResultInfo(image, 1, 4)),
+        UPDATE(updateVndResultInfo(image, 1, 5)),
+        UPDATE(updateVndResultInfo(image, 1, -1)),
+        UPDATE(updateVndResultInfo(image, {{1, "error_device"}})),
+        UPDATE(updateZuAlgoInfo(image, std::vector<std::string>{"x:1:2", "y", ":z", "y:3"})),
+        UPDATE(updateZuAlgoInfo(image, {{"n"}, {{"a", 1}}, {{"b", 2}}, {{"c", 3}}, {{"d", "OK"}}})),
+        UPDATE(updateSnapshotErrorInfo(image, "lost")),
+        UPDATE(updateSnapshotErrorInfo(image, nullptr)),
+        UPDATE(updateNodeProcTime(image, "n", 10.5, 3.25, 13.75)),
+        UPDATE(updateNodeProcTime(image, "n", 10.5, -1.0, 13.75)),
+        UPDATE(updateNodeProcTime(image, "n", 10.5, -0.999999, 13.75)),
+        UPDATE(updateNodeProcTime(image, "n", 10.5, -1.5, 13.75)),
+        UPDATE(updateNodeProcTime(image, "n", 10.5, std::nan(""), 13.75)),
+        UPDATE(updateNodeProcState(image, "n", 0)),
+        UPDATE(updateNodeProcState(image, "n", 1)),
+        UPDATE(updateNodeProcState(image, "n", 2)),
+        UPDATE(updateNodeProcState(image, "n", 3)),
+        UPDATE(updateNodeProcState(image, "n", 4)),
+        UPDATE(updateNodeProcState(image, "n", 5)),
+        UPDATE(updateNodeProcState(image, "n", INT32_MIN)),
+        UPDATE(updateNodeProcState(image, {{"n", "NodeProcessError"}, {"o", "any"}})),
+        UPDATE(updateSnapshotTimeInfo(image, {{"2request_to_vendor", 5}, {"no stage", 6}})),
+        UPDATE(updateSnapshotTimeInfo(image, 0)),
+        UPDATE(updatePostProcInfo({{"a", 4000000000U}})),
+};
+
+// Works on a manager of its own. Keys and frame names cross, so that an operation which looks
+// under the wrong one is seen.
+class RecordUpdate : public doubles::Test {
+  protected:
+    RecordUpdate() {
+        doubles::takeJournal();
+        doubles::stopClock(7, 0);
+        for (const char* key : {"A", "B", "IMG"}) {
+            queue.emplace_back(key);
+            queue.records[key]->frameInfo.imageName = key == std::string("IMG") ? "" : "IMG";
+            SnapshotInfo& info = queue.records[key]->snapshotInfo;
+            info.vendorResultInfo = {{99, "old"}};
+            info.zuAlgoInfo = {{"old"}, {{"old", 9}}, {{"old", 9}}, {{"old", 9}}, {{"old", "OK"}}};
+            before.emplace(key, *queue.records[key]);
+        }
+    }
+    // Notes what has changed, and takes it back.
+    void noteAll() {
+        for (const auto& [key, record] : queue.records) {
+            noteChanges(key, before.at(key), *record);
+            *record = before.at(key);
+        }
+        doubles::note("failed", queue.errorImageNames);
+        queue.errorImageNames.clear();
+    }
+
+    InfoSynchronizerManager manager;
+    RequestRecordQueue& queue = *manager.mRequestRecordQueue;
+    std::map<std::string, RequestRecord> before;
+};
+
+TEST_F(RecordUpdate, WritesItsFieldsToTheOneRecordFound) {
+    for (const Update& update : updates) {
+        doubles::note("== " + std::string(update.text));
+        update.run(manager, "NONE%s");
+        doubles::note("--");
+        update.run(manager, "IMG");
+        noteAll();
+    }
+    doubles::note("postProcInfo", queue.postProcInfo);
+}
+
+TEST_F(RecordUpdate, PassesTheMutexOnceBeforeHoldingIt) {
+    std::map<int, int> totals;
+    for (const Update& update : updates) {
+        const int locks = doubles::locksOf(&queue.mutex, [&] { update.run(manager, "NONE%s"); });
+        totals[locks] += 1;
+    }
+    doubles::takeJournal();
+    // The five that are refused for their arguments take none.
+    EXPECT_EQ(totals, (std::map<int, int>{{0, 5}, {2, 28}}));
+}
+
+TEST_F(RecordUpdate, RepeatedUpdatesAppendOrReplace) {
+    manager.updateFrameInfo("IMG", 1, "first", {1}, 2);
+    manager.updateFrameInfo("IMG", 3, "second", {2, 3}, 4);
+    manager.updateRequestInfo("IMG", 1, 1, true, 1, {1}, {1});
+    manager.updateAnchorFrame("IMG", 8);
+    manager.updateRequestInfo("IMG", 2, 2, false, 2, {}, {2});
+    for (int round = 0; round < 2; ++round) {
+        manager.updateSnapshotErrorInfo("IMG", "lost");
+        manager.updateVndResultInfo("IMG", 9, 1);
+        manager.updateNodeProcTime("IMG", "n", round, -1.0, round);
+        manager.updateNodeProcState("IMG", "n", 4);
+    }
+    manager.updateZuAlgoInfo("IMG", std::vector<std::string>{"n:more", "new"});
+    noteAll();
+    manager.updateZuAlgoInfo("IMG", std::vector<std::string>{});
+    manager.updatePostProcInfo({{"a", 1}, {"b", 2}});
+    manager.updatePostProcInfo({{"b", 3}});
+    noteAll();
+    doubles::note("postProcInfo", queue.postProcInfo);
+}
+
+}  // namespace
+}  // namespace camInfosync
