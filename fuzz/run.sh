@@ -7,6 +7,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 seconds=${1:-60}
+# Zero would run without end.
+if [ $# -gt 1 ] || ! [[ $seconds =~ ^[1-9][0-9]*$ ]]; then
+    echo "usage: fuzz/run.sh [SECONDS]" >&2
+    exit 2
+fi
 build=build/fuzz
 flags='-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow'
 flags+=' -fno-sanitize-recover=all -fno-omit-frame-pointer -O1'

@@ -26,9 +26,10 @@ constexpr int32_t kFinishSecond = 10000;
 
 constexpr size_t kUsualEventSize = 256;  // of an event with names of up to 80 characters
 
-// How the two events of a node end.
+// How a node's start event ends, and where the digit of its stage lies before the end.
 constexpr std::string_view kStartEnd = R"(","node_stage":"0"}})";
-constexpr std::string_view kCompletionEnd = R"(","node_stage":"2"}})";
+constexpr size_t kStageFromEnd = 4;
+static_assert(kStartEnd[kStartEnd.size() - kStageFromEnd] == '0');
 
 // Sends the report on one record. The texts are concatenated as they are: names that hold
 // quotes give a report that is no JSON, and the service is used to that.
@@ -101,9 +102,9 @@ void Report::buildStartEvent(const std::string& node, double time) {
     mEvent += kStartEnd;
 }
 
-// The two events of a node differ in the time and at the end only.
+// The two events of a node differ in the time and in the stage only.
 void Report::turnIntoCompletionEvent(double time) {
-    mEvent.replace(mEvent.size() - kStartEnd.size(), kStartEnd.size(), kCompletionEnd);
+    mEvent[mEvent.size() - kStageFromEnd] = '2';
     mEvent.replace(mTimeBegin, mTimeEnd - mTimeBegin,
                    NumberText(truncateSaturated<int64_t>(time)).text());
 }

@@ -27,7 +27,10 @@ void seed(std::map<std::string, Value>& values, Key&& key, Start start) {
 }  // namespace
 
 void storeFrame(FrameInfo& frame, FrameInfo given) {
-    given.camIds.insert(given.camIds.begin(), frame.camIds.begin(), frame.camIds.end());
+    if (!frame.camIds.empty()) {
+        frame.camIds.insert(frame.camIds.end(), given.camIds.begin(), given.camIds.end());
+        given.camIds.swap(frame.camIds);
+    }
     frame = std::move(given);
 }
 

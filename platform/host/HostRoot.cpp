@@ -6,6 +6,9 @@
 #include <dlfcn.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
+#include <string>
+
 namespace {
 
 bool startsWith(const std::string& text, const char* prefix) {

@@ -3,9 +3,15 @@
 
 #include "OverlapService.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "IntentAwareSys.h"
 #include "ServiceBase.h"
 
 namespace {

@@ -4,6 +4,7 @@
 
 #include <cutils/properties.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <functional>

@@ -2,6 +2,11 @@
 
 #include <processgroup/processgroup.h>
 
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
 bool SetTaskProfiles(pid_t /*tid*/, const std::vector<std::string>& /*profiles*/,
                      bool /*use_fd_cache*/) {
     return true;

@@ -8,10 +8,8 @@
 
 #include "InfoSynchronizerManager.h"
 #include "Plugin.h"
+#include "RawClient.h"
 #include "RawOverlap.h"
-
-void rawRequestInfo(void* object, const void* in);
-void* rawRequestCmd(void* object, const void* in);
 
 namespace camInfosync {
 namespace {

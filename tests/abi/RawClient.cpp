@@ -1,5 +1,7 @@
 // A client that knows a synchronizer by its virtual table alone.
 
+#include "RawClient.h"
+
 namespace {
 
 // Slots 1 and 2 are the two destructors.
