@@ -10,8 +10,9 @@
 // The service that learns about snapshots and holds the values of named switches. Borrowed
 // from the overlap library.
 //
-// Called from any thread. queryValue is called with nothing locked, by several threads at once and
-// also while a report is being sent; it may call this library. A report that a flush sends comes
+// Called from any thread. queryValue is called by several threads at once, also while a report is
+// being sent. Asking locks nothing; queryValue may call this library, whose commands and switched
+// operations ask it again. A report that a flush sends comes
 // with a manager's queue locked: until finishReport has returned, the service must neither call an
 // operation on records nor wait for a thread that does. Reports that are requested directly come
 // with nothing locked, several at once. What the service throws reaches the library's caller.
@@ -62,7 +63,7 @@ class OverlapInstance {
     // Called once, right after the instance was obtained.
     /* 3 */ virtual void start() = 0;
     /* 4 */ virtual void reserved4() = 0;
-    // The object known under `name`, or null.
+    // The object known under `name`, as the address of its IntentAwareSys, or null.
     /* 5 */ virtual void* getObject(const char* name, int option) = 0;
 
   protected:

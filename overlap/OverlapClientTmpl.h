@@ -31,11 +31,11 @@ static_assert(offsetof(OverlapOptions, disabled) == 8 && sizeof(OverlapOptions) 
 using OverlapEntry = OverlapInstance*(OverlapOptions* options);
 inline constexpr char kOverlapEntry[] = "GetInstance";
 
-// The process-wide client of the overlap library. A process without that library is normal:
-// the client then holds nothing.
+// The client of the overlap library: one for each binary that includes this, which is this library
+// alone. A process without the overlap library is normal: the client then holds nothing.
 //
 // The overlap library is loaded while this library is, and must not call this library until that
-// is done. It is closed at process exit: by then its own threads must have ended. An exception of
+// is done. It is closed when this library is unloaded or the process exits: by then its own threads must have ended. An exception of
 // its entry point, of the start or of the service's accessor is caught; one that leaves a static
 // initialiser of that library ends the process, and nothing here could catch it.
 //
@@ -70,7 +70,7 @@ class OverlapClientTmpl {
 
     // Loads the library from /vendor or, if there is no such file, from /odm. A file that does
     // not load is not looked for elsewhere. Returns 0 if the library is loaded, also if it was
-    // before, and -1 if not. A library that throws is closed again, which is logged.
+    // before, and -1 if not. A library that throws is closed again, and the exception is logged.
     int Load() {
         if (mState >= 1) {
             log(ANDROID_LOG_DEBUG, "Load() return...(1)");

@@ -53,7 +53,7 @@ void* CmdExecutor::requestCmd(const void* in) {
     if (mIntentAwareImpl != nullptr) {
         answer = mIntentAwareImpl->queryValue(key);
     }
-    // Entries and texts never change once they can be seen here, so they are read unlocked.
+    // Keys and texts never change once they can be seen here, so they are read unlocked.
     const Commands::value_type* asked = mLastAsked.load(std::memory_order_acquire);
     const std::string* text = nullptr;
     if (asked != nullptr && asked->first == key) {

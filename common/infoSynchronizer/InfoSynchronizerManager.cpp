@@ -48,7 +48,7 @@ const char* textOrWarn(const char* const (&table)[Size], int32_t code, site::Log
 
 CollectionSwitch readCollectionSwitch() {
     auto& synchronizers = InfoSynchronizerManager::getInstance().mSynchronizers;
-    return CollectionSwitch(*synchronizers[INFO_SYNC_TYPE_CMD], camQuillSupported,
+    return CollectionSwitch(*synchronizers.find(INFO_SYNC_TYPE_CMD)->second, camQuillSupported,
                             infoSyncCollectForceEnabled);
 }
 
@@ -82,14 +82,14 @@ void InfoSynchronizerManager::request(InfoSyncType type, const void* in, void** 
     switch (type) {
         case INFO_SYNC_TYPE_COLLECT:
         case INFO_SYNC_TYPE_COLLECT_ALT:
-            mSynchronizers[type]->requestInfo(in);
+            mSynchronizers.find(type)->second->requestInfo(in);
             return;
         case INFO_SYNC_TYPE_CMD:
             if (out == nullptr) {
                 INFOSYNC_LOGW(INFOSYNC_HERE("request"), "no place for the result given");
                 return;
             }
-            *out = mSynchronizers[type]->requestCmd(in);
+            *out = mSynchronizers.find(type)->second->requestCmd(in);
             return;
         default:
             return;
@@ -142,7 +142,7 @@ void InfoSynchronizerManager::snapshotRequestInfoFlush(std::string imageName, In
     RequestRecord* record = lookUp(*queue, imageName);
     // Deliberate: flushes type 0 only; the second collector is reached through request().
     if (record != nullptr && type == INFO_SYNC_TYPE_COLLECT) {
-        manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT]->requestInfo(record);
+        manager.mSynchronizers.find(type)->second->requestInfo(record);
     }
     INFOSYNC_LOGI(site::kFlushDone, "flush image %s  snapshotRequestInfo to infosync module",
                   imageName.c_str());

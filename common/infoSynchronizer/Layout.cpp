@@ -1,4 +1,4 @@
-// Pins the layout of the types that callers build, read or hand over by value, for the
+// Pins the layout of records and of the queue, which callers read and hand over by value, for the
 // phone's C++ library. A caller that was compiled against other numbers reads wrong fields.
 
 #include <cstddef>  // IWYU pragma: keep - any header says which C++ library it is

@@ -6,7 +6,7 @@
 
 #include "IntentAwareSys.h"
 
-// Derived classes give the five slots that are used.
+// Derived classes give the four slots that are used.
 class ServiceBase : public IntentAwareSys {
   protected:
     ~ServiceBase() = default;

@@ -141,6 +141,30 @@ TEST_F(Fault, WorkersNeedNoMemoryOfTheirOwn) {
     EXPECT_EQ(ran, 9);
 }
 
+TEST_F(Fault, AnswersAreKeptWholeOrNotAtAll) {
+    std::string answer;
+    service.onQuery = [&answer] { return answer; };
+    CmdExecutor executor(INFO_SYNC_TYPE_CMD);
+    const auto ask = [&executor](const char* key) {
+        return std::string(static_cast<const char*>(executor.requestCmd(key)));
+    };
+    for (const char* key : {"a", "b"}) {
+        for (int round = 0; round < 3; ++round) {
+            answer = kImage + std::to_string(round);
+            for (int succeeding = 0; succeeding < 20; ++succeeding) {
+                allocations::left = succeeding;
+                try {
+                    ask(key);
+                } catch (const std::bad_alloc&) {
+                }
+                allocations::left = -1;
+                EXPECT_EQ(ask("other"), answer);
+            }
+            EXPECT_EQ(ask(key), answer);
+        }
+    }
+}
+
 TEST_F(Fault, EveryOperationSurvivesTheEndOfMemory) {
     const RequestRecord record(REQUEST_TYPE_DEFAULT);
     // Lists of short texts only: libc++ 14 leaks a vector if the copy of an element throws.
@@ -212,6 +236,14 @@ TEST_F(Fault, ServiceMayThrowFromEachCall) {
         EXPECT_TRUE(mutexIsFree());
         expectUnharmed();
     }
+    const auto report = [record = queue().records.at(kImage).get()] {
+        manager().request(INFO_SYNC_TYPE_COLLECT_ALT, record, nullptr);
+    };
+    EXPECT_THROW(report(), std::runtime_error);
+    int calls = 0;
+    service.onCall = [&calls](const std::string&) { ++calls; };
+    flush();
+    EXPECT_EQ(calls, 12);
     service.onQuery = []() -> std::string { throw std::runtime_error("service"); };
     void* out = this;
     EXPECT_THROW(manager().request(INFO_SYNC_TYPE_CMD, "key", &out), std::runtime_error);

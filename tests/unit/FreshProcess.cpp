@@ -1,5 +1,6 @@
 // A process that has just loaded the library, for tests that compare all that it prints: the
-// journal of the doubles, line by line. Each argument is a thing to do.
+// journal of the doubles, line by line as it comes. A message is seen here as the Android log has
+// it. Each argument is a thing to do.
 
 #include <cstring>
 #include <memory>
@@ -28,6 +29,7 @@ void useAClientOfItsOwn() {
 void buildManagers() {
     InfoSynchronizerManager::getInstance();
     InfoSynchronizerManager::getInstance();
+    doubles::note("the other:");
     auto& manager = *static_cast<InfoSynchronizerManager*>(GetInstance());
     doubles::note("two managers", &manager != &InfoSynchronizerManager::getInstance());
 }

@@ -1,5 +1,5 @@
-// Loads real overlap libraries. Each case is a process of its own under a root directory of its
-// own, compared by all that it prints.
+// Loads real overlap libraries. Each case is a process of its own, compared by what it prints of
+// the loading and of the end.
 
 #include "FreshProcess.h"
 

@@ -134,7 +134,7 @@ class Player {
     NamedThreads mThreads;
 };
 
-// Asked once before the log is played: the executor's first question must not overlap another.
+// What the totals say of the switch; asked before the log is played, as its first call finds it.
 std::string askSwitch() {
     void* answer = nullptr;
     InfoSynchronizerManager::getInstance().request(camInfosync::INFO_SYNC_TYPE_CMD,

@@ -46,8 +46,8 @@ class INFOSYNC_EXPORT InfoSynchronizer {
 // Answers commands with the values that the intent-aware object gives for them.
 //
 // Thread safety: any thread, at any time, whatever the service answers. The service is asked
-// with nothing locked. While it answers as it did to the executor's last question, no lock is
-// taken; any other answer takes a mutex for as long as it takes to look it up and keep it.
+// with nothing locked. No lock is taken while the same key is asked and answered as the last time;
+// anything else takes a mutex for as long as it takes to look the answer up and keep it.
 //
 // Memory: grows with each key and with each different answer to it, and is freed with the
 // executor. A service that makes up a new text for every question makes it grow without end.
@@ -76,7 +76,7 @@ class INFOSYNC_EXPORT CmdExecutor : public InfoSynchronizer {
     INFOSYNC_LOCAL const std::string& keep(const std::string& key, std::string answer)
             INFOSYNC_EXCLUDES(mMutex);
 
-    std::mutex mMutex;  // taken last: nothing else is locked, called or asked while it is held
+    std::mutex mMutex;  // taken last: nothing but the allocator is called while it is held
     Commands mCmdValues INFOSYNC_GUARDED_BY(mMutex);  // by key; entries and texts only come
     std::atomic<const Commands::value_type*> mLastAsked{nullptr};  // an entry; set under mMutex
 };

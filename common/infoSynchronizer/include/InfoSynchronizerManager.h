@@ -45,8 +45,10 @@ namespace camInfosync {
 //
 // Thread safety: every operation may be called from any thread at any time, and runs on it.
 // Operations on records wait for each other on the queue's one mutex, and a flush holds it for
-// the whole report: neither the intent-aware object nor a log may call an operation on records
-// from within a report or a log line. Threads must have stopped calling when the process exits.
+// the whole report: the intent-aware object must not call an operation on records from within a
+// report. A log must call nothing of this library from within a log line: lines are logged with
+// mutexes held, and while a manager is being built. Threads must have stopped calling when the
+// process exits or the library is unloaded.
 //
 // Errors: nothing is returned. A call that cannot do its work has no effect, and most log one
 // warning. std::bad_alloc passes. So do, from the switched operations and request, what the
@@ -63,7 +65,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     InfoSynchronizerManager& operator=(const InfoSynchronizerManager&) = delete;
 
     // The manager of the record operations: built on the first call, from any thread, and
-    // destroyed at process exit. If building throws, the next call tries again.
+    // destroyed at process exit or when the library is unloaded. If building throws, the next
+    // call tries again.
     // Deliberate: not inline. A caller that compiled it too would own a second manager wherever
     // the dynamic linker does not merge the two: with this library, or the caller, loaded with
     // local scope.
@@ -128,8 +131,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // Replaces all algorithm information.
     void updateZuAlgoInfo(std::string imageName, SnapshotInfo::ZuAlgoInfo info);
 
-    // Marks the snapshot as failed with `text`, but does not list its name among the queue's
-    // errorImageNames. A null text is logged as a warning and has no effect.
+    // Marks the snapshot as failed and appends `text` to its error texts, but does not list its
+    // name among the queue's errorImageNames. A null text is logged as a warning and has no effect.
     void updateSnapshotErrorInfo(std::string imageName, const char* text);
 
     // Replaces the queue-wide post-processing information. Belongs to no snapshot.
@@ -173,6 +176,6 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
 }  // namespace camInfosync
 
 // Returns the address of a manager, an InfoSynchronizerManager*, that is not the one of
-// getInstance(): built on the first call, from any thread, and destroyed at process exit.
+// getInstance(): built on the first call, from any thread, and destroyed as that one is.
 // Throws as the manager's constructor does; the next call then tries again.
 extern "C" INFOSYNC_EXPORT void* GetInstance();

@@ -24,7 +24,8 @@ namespace camInfosync {
 // profile "SCHED_SP_BACKGROUND".
 //
 // Thread safety: enqueue and setThreadPoolPriority may be called from any thread, also from a
-// task. Once the destructor has begun, only tasks may call.
+// task. Once the destructor has begun, only tasks may call. A task must not destroy its pool, nor
+// end the process: both wait for the task.
 class INFOSYNC_EXPORT ThreadPool {
   public:
     // Starts `threadCount` workers with the nice value `priority`. A nice value that the process
@@ -35,7 +36,7 @@ class INFOSYNC_EXPORT ThreadPool {
     ThreadPool(unsigned int threadCount, int priority);
 
     // Refuses new tasks, lets the workers finish those that are queued, and joins them. A pool
-    // without workers drops its tasks.
+    // without workers drops its tasks; what a dropped task owns must not call the pool.
     ~ThreadPool();
     ThreadPool(const ThreadPool&) = delete;
     ThreadPool& operator=(const ThreadPool&) = delete;
@@ -45,7 +46,7 @@ class INFOSYNC_EXPORT ThreadPool {
     void addThread();
 
     // Queues a task. Returns 0, or -1 without effect once the destructor has begun. Logs a
-    // warning while the last ten calls found no task taken since. A task that throws, an empty
+    // warning, with the pool's mutex held, while the last ten calls found no task taken since. A task that throws, an empty
     // one included, ends the process. std::bad_alloc passes; the task is not queued then.
     int enqueue(std::function<void()> task) INFOSYNC_EXCLUDES(mMutex);
 
