@@ -159,7 +159,7 @@ class Options(ReplayTest):
 
     def test_bad_options(self):
         for *arguments, says in (["log is required"],
-                                 ["--bogus", "--bogus"],
+                                 ["--bogus", "--bogus"], ["--property", "a=b", "c=d", "c=d"],
                                  ["--repeat", "0", "--repeat"],
                                  ["--repeat", "4294967295", "--repeat"],
                                  ["--repeat", "4294967294", "bad.jsonl:1: "],
