@@ -1,5 +1,5 @@
-// The manager: the two of them, dispatch, the switch, the flush, the gates of the logs, and what
-// each update writes.
+// The manager: the two of them, dispatch, the flush, the gates of the logs, and what each update
+// writes. See also fresh_process_test.py.
 
 #include <sys/resource.h>
 
@@ -11,7 +11,7 @@
 
 #include <zudebug/Log.h>
 
-#include "FreshProcess.h"
+#include "Doubles.h"
 #include "InfoSynchronizerManager.h"
 
 namespace camInfosync {
@@ -31,65 +31,6 @@ class Manager : public doubles::Test {
     RequestRecordQueue& queue = *manager.mRequestRecordQueue;
     RequestRecord record{REQUEST_TYPE_DEFAULT};
 };
-
-TEST_F(Manager, IsBuiltByItsFirstCaller) {
-    for (const char* things : {"managers", "stages"}) {
-        doubles::note("== " + std::string(things));
-        for (const std::string& line : runFresh("both", "", things)) {
-            if (line.find("[EC_Overlap]") == std::string::npos) {
-                doubles::note(line);
-            }
-        }
-    }
-}
-
-TEST_F(Manager, SwitchDecidesEveryOperationThatItSwitches) {
-    const struct {
-        const char* environment;
-        bool supported, forced, service;
-    } settings[] = {
-            {"", false, false, true},
-            {"camquill.supported=0 infoSyncCollect.forceEnabled=0", false, false, true},
-            {"camquill.supported=0 infoSyncCollect.forceEnabled=1", false, true, true},
-            {"camquill.supported=1", true, false, true},
-            {"camquill.supported=1 infoSyncCollect.forceEnabled=0", true, false, true},
-            {"camquill.supported=1 infoSyncCollect.forceEnabled=1", true, true, true},
-            {"camquill.supported=1 infoSyncCollect.forceEnabled=0", true, false, false},
-            {"camquill.supported=1 infoSyncCollect.forceEnabled=1", true, true, false},
-    };
-    for (const auto& [environment, supported, forced, service] : settings) {
-        std::vector<std::string> expected;
-        for (const std::string answer : {"enabled", "", "enable", "enabled ", "Enabled", "zero"}) {
-            const std::string value = !service ? "" : answer == "zero" ? "enabled" : answer;
-            const bool enabled = forced || value == "enabled";
-            const bool on = supported && enabled;
-            const auto flag = [](bool is) { return is ? "1" : "0"; };
-            const auto addIfOn = [&](const char* line) {
-                expected.insert(expected.end(), on ? 1 : 0, line);
-            };
-            addIfOn("register image A, queue size: 1");
-            expected.push_back(std::string("camQuillSupported:") + flag(supported) +
-                               ",  infoSyncCollectEnabled:" + flag(enabled) + ", cmdVal: " + value);
-            addIfOn("flush image A  snapshotRequestInfo to infosync module");
-            addIfOn("unregister image A, queue size: 0");
-            expected.push_back("answer '" + answer + "', queries " + (service ? "3" : "0") +
-                               ", registered " + flag(on) + ", left " + flag(!on));
-        }
-        std::vector<std::string> lines;
-        const char* root = service ? "both" : "neither";
-        for (const std::string& line : runFresh(root, environment, "switch")) {
-            if (line.find("Construct E") != std::string::npos) {
-                continue;
-            }
-            if (line.rfind("answer ", 0) == 0) {
-                lines.push_back(line);
-            } else if (line.find(" kelo-InfoSynchronizer ") != std::string::npos) {
-                lines.push_back(line.substr(line.find("()") + 2));
-            }
-        }
-        EXPECT_EQ(lines, expected) << environment;
-    }
-}
 
 TEST_F(Manager, BuildsOneSynchronizerPerTypeAndOneThread) {
     std::promise<int> nice;
