@@ -59,7 +59,6 @@ class Service final : public ServiceBase {
   public:
     void setParam(const std::string& id, const std::string& key,
                   const std::string& value) override {
-        mFlushing = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(key == "iso" ? mFlushMs : 0));
         mReport += "P " + id + " " + key + "=" + value + "\n";
     }
@@ -70,13 +69,11 @@ class Service final : public ServiceBase {
         mReport += "F " + id + " " + std::to_string(first) + " " + std::to_string(second) + "\n";
         std::lock_guard<std::mutex> lock(mMutex);
         mReports.push_back(std::exchange(mReport, {}));
-        mFlushing = false;
     }
     // Another answer to each question: collection must be forced on.
     std::string queryValue(std::string /*key*/) override { return kAnswers[mNext++ % 3]; }
 
     int mFlushMs = 0;
-    std::atomic<bool> mFlushing{false};
     std::mutex mMutex;
     std::vector<std::string> mReports;  // guarded by mMutex
 
@@ -118,20 +115,6 @@ struct Totals {
     pthread_barrier_t mStart;
 };
 
-std::atomic<int64_t> longestWait{0};  // nanoseconds
-
-// Runs an update. If it comes while a report is being sent, the time that it takes is a wait.
-template <typename Update>
-void during(Update update) {
-    const bool waits = service.mFlushing;
-    const auto begin = Clock::now();
-    update(InfoSynchronizerManager::getInstance());
-    const int64_t took = std::chrono::nanoseconds(Clock::now() - begin).count();
-    int64_t longest = longestWait;
-    while (waits && took > longest && !longestWait.compare_exchange_weak(longest, took)) {
-    }
-}
-
 InfoSynchronizerManager& manager() {
     return InfoSynchronizerManager::getInstance();
 }
@@ -156,30 +139,30 @@ std::string ownName(int thread, int i) {
 
 void fill(const std::string& name, int i) {
     const auto n = static_cast<uint32_t>(i);
-    during([&](auto& m) { m.updateFrameInfo(name, n, std::to_string(i), {n % 4}, 1); });
-    during([&](auto& m) { m.updateRequestInfo(name, 1, 2, true, 3, {4}, {10, 11}); });
-    during([&](auto& m) { m.updateUIInfo(name, REQUEST_TYPE_DEFAULT, 5, i % 3, 2.75F, "ui"); });
-    during([&](auto& m) { m.updateAnchor3aInfo(name, 1.5F, i, 100.0F, -i); });
-    during([&](auto& m) { m.updateAnchorFrame(name, i); });
-    during([&](auto& m) { m.updateVndResultInfo(name, {{9, "ready"}}); });
-    during([&](auto& m) { m.updateZuAlgoInfo(name, SnapshotInfo::ZuAlgoInfo{}); });
-    during([&](auto& m) { m.updateZuAlgoInfo(name, {"b:more", "a", "never"}); });
+    manager().updateFrameInfo(name, n, std::to_string(i), {n % 4}, 1);
+    manager().updateRequestInfo(name, 1, 2, true, 3, {4}, {10, 11});
+    manager().updateUIInfo(name, REQUEST_TYPE_DEFAULT, 5, i % 3, 2.75F, "ui");
+    manager().updateAnchor3aInfo(name, 1.5F, i, 100.0F, -i);
+    manager().updateAnchorFrame(name, i);
+    manager().updateVndResultInfo(name, {{9, "ready"}});
+    manager().updateZuAlgoInfo(name, SnapshotInfo::ZuAlgoInfo{});
+    manager().updateZuAlgoInfo(name, {"b:more", "a", "never"});
     for (uint32_t stage = 0; stage < 15; ++stage) {
-        during([&](auto& m) { m.updateSnapshotTimeInfo(name, stage); });
+        manager().updateSnapshotTimeInfo(name, stage);
     }
-    during([&](auto& m) { m.updateSnapshotTimeInfo(name, {{TimeStageToChar[7], i}}); });
-    during([&](auto& m) { m.updateNodeProcTime(name, "b", i + 0.5, 1, i + 1.5); });
-    during([&](auto& m) { m.updateNodeProcState(name, {{"b", "OK"}}); });
-    during([&](auto& m) { m.updatePostProcInfo({{name, n}}); });
+    manager().updateSnapshotTimeInfo(name, {{TimeStageToChar[7], i}});
+    manager().updateNodeProcTime(name, "b", i + 0.5, 1, i + 1.5);
+    manager().updateNodeProcState(name, {{"b", "OK"}});
+    manager().updatePostProcInfo({{name, n}});
 }
 
 // Puts errors in, as `i` has it, and adds the image's name to `marks` for each that is listed.
 void damage(const std::string& name, const std::string& node, int i,
             std::vector<std::string>& marks) {
-    during([&](auto& m) { m.updateVndResultInfo(name, 10, i % 5); });
-    during([&](auto& m) { m.updateNodeProcTime(name, node, i, i % 7 == 0 ? -1.0 : 1.0, i + 2); });
-    during([&](auto& m) { m.updateNodeProcState(name, node, i % 3); });
-    during([&](auto& m) { m.updateSnapshotErrorInfo(name, "reported"); });
+    manager().updateVndResultInfo(name, 10, i % 5);
+    manager().updateNodeProcTime(name, node, i, i % 7 == 0 ? -1.0 : 1.0, i + 2);
+    manager().updateNodeProcState(name, node, i % 3);
+    manager().updateSnapshotErrorInfo(name, "reported");
     marks.insert(marks.end(), (i % 5 != 0 ? 1 : 0) + (i % 7 == 0 ? 1 : 0) + (i % 3 != 0 ? 1 : 0),
                  name);
 }
@@ -307,7 +290,7 @@ void disturb(Totals& totals) {
         manager().unregisterSnapshotRequestRecord("unknown");
         manager().registerSnapshotRequestRecord(contestedName(i));
         manager().unregisterSnapshotRequestRecord(contestedName(i));
-        during([](auto& m) { m.updatePostProcInfo({{"disturbed", 1}}); });
+        manager().updatePostProcInfo({{"disturbed", 1}});
         flush("unknown");
         if (i % 64 == 0) {
             flush(residentName(i));
@@ -392,7 +375,6 @@ int main(int argc, char** argv) {
     const char* tunables = std::getenv("GLIBC_TUNABLES");
     const bool exactHeap = tunables != nullptr && std::strcmp(tunables, kExactHeap) == 0;
     service.mFlushMs = option(argc, argv, "--flush-ms", 0);
-    longestWait = 0;
     const long warm = allocations::inUse();
     const size_t warmHeap = mallinfo2().uordblks;
     int led = 0;
@@ -402,12 +384,10 @@ int main(int argc, char** argv) {
         led += 2 * kThreads * round;
         expect(allocations::inUse() == warm, "allocations are balanced");
     }
-    const double longestMs = static_cast<double>(longestWait) / 1e6;
     const size_t heap = mallinfo2().uordblks;
     expect(!exactHeap || heap == warmHeap, "the heap does not grow");
     std::printf(
-            "%d snapshots, %.0f per second, longest wait of an update for a flush %.3f ms, "
-            "heap in use after warm-up %zu, at the end %zu bytes\n",
-            led, led / seconds, longestMs, warmHeap, heap);
+            "%d snapshots, %.0f per second, heap in use after warm-up %zu, at the end %zu bytes\n",
+            led, led / seconds, warmHeap, heap);
     return failures != 0 ? 1 : 0;
 }
