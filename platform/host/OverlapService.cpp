@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "IntentAwareSys.h"
+#include "OverlapClientTmpl.h"
 #include "ServiceBase.h"
 
 namespace {
@@ -59,9 +60,11 @@ RecordingService& service() {
 
 extern "C" {
 
-void* GetInstance(void* /*options*/) {
+zu_hal_overlap::OverlapEntry GetInstance;
+
+OverlapInstance* GetInstance(zu_hal_overlap::OverlapOptions* /*options*/) {
     static ServiceInstance instance(&service());
-    return static_cast<OverlapInstance*>(&instance);
+    return &instance;
 }
 
 void infosyncTakeServiceCalls(std::vector<ServiceCall>* calls) {
