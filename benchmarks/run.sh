@@ -17,27 +17,28 @@ cd "$(dirname "$0")/.."
 
 say() { printf 'bench: %s\n' "$*" >&2; }
 die() { say "$@"; exit 1; }
+misused() { say "$@"; exit 2; }
 
 mode=full reference=by_hand against='' benchmark_arguments=()
 while [ $# -gt 0 ]; do
     case $1 in
     --smoke | --instructions | --without)
-        [ "$mode" = full ] || die "--$mode and $1 exclude each other"
+        [ "$mode" = full ] || misused "--$mode and $1 exclude each other"
         mode=${1#--}
         ;;
     --against)
-        [ $# -gt 1 ] || die "--against takes the folder of another libcaminfosync.so"
-        against=$(cd "$began_in" && cd "$2" && pwd) || die "--against: no folder $2"
+        [ $# -gt 1 ] || misused "--against takes the folder of another libcaminfosync.so"
+        against=$(cd "$began_in" && cd "$2" && pwd) || misused "--against: no folder $2"
         reference=against
         shift
         ;;
     --benchmark_*) benchmark_arguments+=("$1") ;;
-    *) die "unknown argument: $1 (known: --smoke, --instructions, --without, --against FOLDER," \
+    *) misused "unknown argument: $1 (known: --smoke, --instructions, --without, --against FOLDER," \
         "--benchmark_...)" ;;
     esac
     shift
 done
-[ "$mode" != without ] || [ -z "$against" ] || die "--without and --against exclude each other"
+[ "$mode" != without ] || [ -z "$against" ] || misused "--without and --against exclude each other"
 
 build=build/release
 programs=$build/benchmarks

@@ -1,6 +1,7 @@
 // The store of records, without a manager.
 
 #include <future>
+#include <memory>
 
 #include "Doubles.h"
 #include "RequestRecordQueue.h"
@@ -48,7 +49,8 @@ TEST_F(RecordQueue, RecordDiesAfterTheMutexIsFree) {
                 }).get();
         delete record;
     };
-    queue.records["a"].reset(new RequestRecord(REQUEST_TYPE_DEFAULT), destroy);
+    auto record = std::make_unique<RequestRecord>(REQUEST_TYPE_DEFAULT);
+    queue.records["a"] = std::shared_ptr<RequestRecord>(record.release(), destroy);
     queue.remove("a");
     EXPECT_TRUE(wasFree);
 }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <future>
 #include <set>
@@ -64,7 +65,7 @@ class Pool : public doubles::Test {};
 
 TEST_F(Pool, WorkersAreNamedAndRunInTheBackground) {
     ThreadPool pool(12, 7);
-    std::vector<Blocker> blockers;
+    std::deque<Blocker> blockers;
     for (int i = 0; i < 12; ++i) {
         blockers.emplace_back(pool);
     }

@@ -17,6 +17,10 @@ extern "C" void* GetInstance([[maybe_unused]] const unsigned char* options) {
     return INSTANCE(options);
 }
 
-__attribute__((destructor)) static void close() {
+namespace {
+
+__attribute__((destructor)) void close() {
     std::puts("the overlap library is closed");
 }
+
+}  // namespace
