@@ -39,7 +39,7 @@ RequestRecord* findOrWarn(RequestRecordQueue& queue, const std::string& imageNam
 // The table entry of a caller's code, or null after a warning.
 template <size_t Size>
 const char* textOrWarn(const char* const (&table)[Size], int32_t code, site::LogSite origin) {
-    if (code < 0 || static_cast<size_t>(code) >= Size) {
+    if (static_cast<size_t>(code) >= Size) {  // a negative code is a large one then
         INFOSYNC_LOGW(origin, "code out of range: %d", code);
         return nullptr;
     }

@@ -3,10 +3,13 @@
 
 #include <sys/resource.h>
 
+#include <chrono>
 #include <cmath>
 #include <future>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include <zudebug/Log.h>
@@ -50,16 +53,44 @@ TEST_F(Manager, BuildsOneSynchronizerPerTypeAndOneThread) {
     EXPECT_THROW(InfoSynchronizerManager(), std::system_error);
 }
 
+TEST_F(Manager, TasksLeftAtItsEndFindNoQueueAndNoSynchronizer) {
+    bool gone = false;
+    {
+        InfoSynchronizerManager built;
+        built.mThreadPool->enqueue(
+                [&gone, queue = std::weak_ptr(built.mRequestRecordQueue),
+                 executor = std::weak_ptr(built.mSynchronizers.at(INFO_SYNC_TYPE_CMD))] {
+                    for (int i = 0; i < 10000 && !gone; ++i) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                        gone = queue.expired() && executor.expired();
+                    }
+                });
+    }
+    EXPECT_TRUE(gone);
+    doubles::takeJournal();
+}
+
+// Tells that it was asked.
+class Noting final : public InfoSynchronizer {
+    void requestInfo(const void* /*in*/) override { doubles::note("the second collector"); }
+};
+
 TEST_F(Manager, RequestsGoToTheTypesSynchronizer) {
     void* const before = &manager;
+    const auto second = std::make_shared<Noting>();
+    doubles::takeJournal();
+    const auto collector =
+            std::exchange(manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT], second);
     void* out = before;
     for (const int type : {-1, 3, 5, 0, 2}) {
         doubles::note("type", type);
         manager.request(static_cast<InfoSyncType>(type), &record, &out);
     }
     EXPECT_EQ(manager.mSynchronizers.size(), 3U);
+    manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT] = collector;
     doubles::note("null arguments:");
     manager.request(INFO_SYNC_TYPE_CMD, kCommand, nullptr);
+    manager.request(INFO_SYNC_TYPE_CMD, nullptr, nullptr);
     manager.request(INFO_SYNC_TYPE_COLLECT, nullptr, nullptr);
     EXPECT_EQ(out, before);
     manager.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
@@ -109,6 +140,10 @@ TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSentOrThrown) {
     doubles::onCall = [&] { EXPECT_FALSE(isFree()); };
     EXPECT_EQ(doubles::locksOf(&queue.mutex, flush), 2);
     doubles::takeJournal();
+    const auto kept = queue.records;
+    doubles::locksOf(&queue.mutex, flush, [this] { queue.records.clear(); });
+    doubles::note("removed before the flush has the mutex");
+    queue.records = kept;
     doubles::onCall = [] { throw std::runtime_error("gone"); };
     EXPECT_THROW(flush(), std::runtime_error);
     EXPECT_TRUE(isFree());
@@ -249,11 +284,15 @@ TEST_F(RecordUpdate, WritesItsFieldsToTheOneRecordFound) {
 
 TEST_F(RecordUpdate, PassesTheMutexOnceBeforeHoldingIt) {
     std::map<int, int> totals;
+    const auto kept = queue.records;
     for (const Update& update : updates) {
-        const int locks = doubles::locksOf(&queue.mutex, [&] { update.run(manager, "NONE%s"); });
+        const int locks = doubles::locksOf(
+                &queue.mutex, [&] { update.run(manager, "IMG"); }, [&] { queue.records.clear(); });
         totals[locks] += 1;
+        queue.records = kept;
     }
     doubles::takeJournal();
+    noteAll();  // nothing: the records were gone before an update had the mutex
     // The five that are refused for their arguments take none.
     EXPECT_EQ(totals, (std::map<int, int>{{0, 5}, {2, 28}}));
 }
