@@ -2,13 +2,7 @@
 
 #pragma once
 
-#include <cstdio>
-#include <cstdlib>
+#undef NDEBUG
+#include <cassert>
 
-#define FUZZ_CHECK(condition)                                                                   \
-    do {                                                                                        \
-        if (!(condition)) {                                                                     \
-            std::fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                       \
-        }                                                                                       \
-    } while (false)
+#define FUZZ_CHECK(condition) assert(condition)

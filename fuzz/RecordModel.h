@@ -1,65 +1,152 @@
-// What a snapshot record is to be after each operation: a second, plain account of the
-// library's behaviour, which shares no code with it.
+// What becomes of records, and what a report on one says: a second, plain account of the library's
+// behaviour. It keeps records in the library's plain type and shares no other code with it.
 
 #pragma once
 
-#include <cstdint>
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "InfoSynchronizerManager.h"
+#include "RequestRecord.h"
 
 namespace fuzz {
 
-struct ModelRecord {
-    std::vector<std::string> errors;
-    uint32_t frameNumber = 0;
-    std::string timestamp;
-    std::vector<uint32_t> cameras;
-    uint32_t frameExtra = 0;
-    std::string frameName;
-    int32_t requestType = 1;
-    uint32_t camMode = 0;
-    int32_t faceDetect = 0;
-    float zoom = 0;
-    std::string uiExtra;
-    int32_t requestA = 0;
-    int32_t requestB = 0;
-    bool requestFlag = false;
-    uint64_t request64 = 0;
-    std::vector<int32_t> idsA;
-    std::vector<int32_t> expectedIds;
-    int32_t anchorFrame = 0;
-    float fstop = 0;
-    int32_t iso = 0;
-    float lux = 0;
-    int64_t exposure = 0;
-    std::map<int32_t, std::string> results;
-    std::vector<std::string> algorithms;
-    std::map<std::string, double> timeA;
-    std::map<std::string, double> timeB;
-    std::map<std::string, double> timeC;
-    std::map<std::string, std::string> states;
-    std::map<std::string, int64_t> stages;
+using camInfosync::RequestRecord;
 
-    // The calls that a report on the record makes, in order.
-    std::vector<std::string> report() const;
-    // Ends the process if `record` differs.
-    void compare(const camInfosync::RequestRecord& record) const;
+// A call to the service: its name and its arguments.
+using Call = std::vector<std::string>;
+
+// The texts of codes.
+inline const std::vector<std::string> kStages{
+        "1request_to_zuhal",     "2request_to_vendor",
+        "3result_from_vendor",   "4result_to_fwk",
+        "5request_to_post",      "6request_to_algo",
+        "7anchor_time",          "8getbuffer_from_fwk",
+        "9mock_config_from_fwk", "10mock_request_from_fwk",
+        "11mock_result_to_fwk",  "12post_proc_time",
+        "13shot_2_shot",         "14shot_2_gallery",
+        "15shot_2_view",
 };
+inline const std::vector<std::string> kStates{"OK", "GetInputError", "GetOutputError", "FlushTask",
+                                              "NodeProcessError"};
+inline const std::vector<std::string> kResults{"error_none", "error_device", "error_request",
+                                               "error_result", "error_buffer"};
 
-// The calls as the report() lists them.
-std::string paramCall(const std::string& id, const std::string& key, const std::string& value);
-std::string eventCall(const std::string& id, const std::string& event);
-std::string finishCall(const std::string& id, int32_t first, int32_t second);
+// CLOCK_MONOTONIC, for the library too.
+inline timespec clockTime{};
+
+// A record that was made now. All values are written out: those of the type may be wrong.
+inline RequestRecord newRecord() {
+    constexpr auto kType = static_cast<camInfosync::RequestType>(1);
+    RequestRecord record(kType);
+    record.hasError = false;
+    record.createTime = clockTime;
+    record.requestTime = {0, 0};
+    record.frameInfo = {0, "", {}, 0, ""};
+    record.snapshotInfo = {kType, 0, 0, 0, "", {}, {}, {}, 0, 0, 0, 0, {}};
+    record.snapshotInfo.requestInfo = {0, 0, 0, false, 0, {}, {}};
+    record.reserved64 = 0;
+    return record;
+}
+
+// The bits of numbers, of which a NaN equals itself, and 0 and -0 differ.
+template <typename Number>
+uint64_t bits(Number number) {
+    uint64_t result = 0;
+    std::memcpy(&result, &number, sizeof(number));
+    return result;
+}
+inline std::map<std::string, uint64_t> bits(const std::map<std::string, double>& numbers) {
+    std::map<std::string, uint64_t> result;
+    for (const auto& [key, number] : numbers) {
+        result[key] = bits(number);
+    }
+    return result;
+}
+
+// All that a record holds.
+inline auto contentOf(const RequestRecord& record) {
+    const auto& [errors, failed, created, requested, frame, info, reserved] = record;
+    const auto& [a, b, anchor, flag, wide, ids, expected] = info.requestInfo;
+    const auto& [list, timesA, timesB, timesC, states] = info.zuAlgoInfo;
+    return std::tuple_cat(
+            std::tie(errors, failed, created.tv_sec, created.tv_nsec, requested.tv_sec,
+                     requested.tv_nsec, frame.frameNumber, frame.timestamp, frame.camIds,
+                     frame.frameExtra, frame.imageName, info.requestType, info.camMode,
+                     info.faceDetect, info.uiExtra, info.vendorResultInfo, info.iso,
+                     info.exposureTime, info.timeInfo, reserved),
+            std::tie(a, b, anchor, flag, wide, ids, expected, list, states),
+            std::tuple(bits(info.zoomRatio), bits(info.fstop), bits(info.lux), bits(timesA),
+                       bits(timesB), bits(timesC)));
+}
 
 // The value without its fraction; the nearest end if it lies outside, and 0 for NaN.
-int64_t truncated(double value, int64_t least, int64_t most);
+template <typename Integer>
+Integer truncated(double value) {
+    using Limits = std::numeric_limits<Integer>;  // a long double holds both ends exactly
+    const auto inside = std::clamp<long double>(value, Limits::min(), Limits::max());
+    return std::isnan(value) ? 0 : static_cast<Integer>(inside);
+}
 
-// The texts of codes; empty if the code has none.
-std::string stageText(uint32_t stage);
-std::string stateText(int32_t state);
-std::string resultText(int32_t code);
+// Stamps a stage as of now.
+inline void stamp(RequestRecord& record, uint32_t stage) {
+    const int64_t seconds = clockTime.tv_sec - record.createTime.tv_sec;
+    const int64_t rest = (clockTime.tv_nsec - record.createTime.tv_nsec) / 1000000;
+    const auto interval = static_cast<int32_t>(static_cast<uint32_t>(seconds * 1000 + rest));
+    std::map<std::string, int64_t>& times = record.snapshotInfo.timeInfo;
+    int64_t& time = times[kStages[stage]];
+    time = stage == 7 || stage == 11 ? 0 : interval;
+    if (stage == 0) {
+        time = -1;
+        record.requestTime = clockTime;
+    } else if (stage == 3 || stage == 13) {
+        times[kStages[16 - stage]] = interval;
+    } else if (stage == 6) {
+        time = truncated<int64_t>(interval - static_cast<double>(times[kStages[4]]));
+    }
+}
+
+// The calls that a report makes, in order.
+inline std::vector<Call> reportOn(const RequestRecord& record) {
+    const std::string& id = record.frameInfo.imageName;
+    const std::vector<uint32_t>& cameras = record.frameInfo.camIds;
+    const camInfosync::SnapshotInfo& info = record.snapshotInfo;
+    const std::string camera = cameras.empty() ? "" : std::to_string(cameras[0]);
+    const std::string begin = "\":{\"pipeline_name\":\"" + id + "\",\"timestamp\":\"";
+    std::vector<Call> calls;
+    const auto param = [&](const char* key, auto value) {
+        calls.push_back({"setParam", id, key, std::to_string(value)});
+    };
+    param("iso", info.iso);
+    param("lux", info.lux);
+    param("face_detect", info.faceDetect);
+    param("cam_mode", info.camMode);
+    param("cam_id", cameras.empty() ? -1 : static_cast<int32_t>(cameras[0]));
+    param("fstop", info.fstop);
+    param("zoom_ratio", truncated<int32_t>(info.zoomRatio));
+    param("exposure_time", info.exposureTime);
+    calls.push_back({"reportEvent", id,
+                     "{ \"submit-request" + begin + record.frameInfo.timestamp + "\"}}"});
+    const auto add = [&](const std::string& node, double time, const std::string& stage) {
+        const std::string text = std::to_string(truncated<int64_t>(time));
+        calls.push_back({"reportEvent", id,
+                         "{\"" + node + begin + text + "\",\"cam_id\":\"" + camera +
+                                 "\",\"node_stage\":\"" + stage + "\"}}"});
+    };
+    const auto& completions = info.zuAlgoInfo.algoTimeC;
+    for (const auto& [node, start] : info.zuAlgoInfo.algoTimeA) {
+        add(node, start, "0");
+        if (completions.count(node) != 0) {
+            add(node, completions.at(node), "2");
+        }
+    }
+    calls.push_back({"finishReport", id, "1022", "10000"});
+    return calls;
+}
 
 }  // namespace fuzz
