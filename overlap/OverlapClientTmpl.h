@@ -35,9 +35,10 @@ inline constexpr char kOverlapEntry[] = "GetInstance";
 // alone. A process without the overlap library is normal: the client then holds nothing.
 //
 // The overlap library is loaded while this library is, and must not call this library until that
-// is done. It is closed when this library is unloaded or the process exits: by then its own threads must have ended. An exception of
-// its entry point, of the start or of the service's accessor is caught; one that leaves a static
-// initialiser of that library ends the process, and nothing here could catch it.
+// is done. It is closed when this library is unloaded or the process exits: by then its own threads
+// must have ended. An exception of its entry point, of the start or of the service's accessor is
+// caught; one that leaves a static initialiser of that library ends the process, and nothing here
+// could catch it.
 //
 // Thread safety: GetInstance is safe from any thread. Load and GetIntentAwareSys take no lock;
 // they are meant for load time, when the dynamic loader runs one thread.

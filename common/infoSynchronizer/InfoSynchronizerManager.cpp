@@ -47,7 +47,8 @@ const char* textOrWarn(const char* const (&table)[Size], int32_t code, site::Log
 }
 
 CollectionSwitch readCollectionSwitch() {
-    auto& synchronizers = InfoSynchronizerManager::getInstance().mSynchronizers;
+    // Found, here and below, and not looked up by []: that would count as a write to the map.
+    const auto& synchronizers = InfoSynchronizerManager::getInstance().mSynchronizers;
     return CollectionSwitch(*synchronizers.find(INFO_SYNC_TYPE_CMD)->second, camQuillSupported,
                             infoSyncCollectForceEnabled);
 }
@@ -155,8 +156,7 @@ void InfoSynchronizerManager::updateFrameInfo(std::string imageName, uint32_t fr
     RequestRecord* record =
             findOrWarn(*mRequestRecordQueue, imageName, INFOSYNC_HERE("updateFrameInfo"));
     if (record != nullptr) {
-        storeFrame(record->frameInfo,
-                   {frameNumber, std::move(timestamp), std::move(camIds), frameExtra, imageName});
+        storeFrame(record->frameInfo, frameNumber, timestamp, camIds, frameExtra, imageName);
     }
     // Deliberate: two blanks around the name here and in the other "update" lines.
     INFOSYNC_LOGI(INFOSYNC_HERE("updateFrameInfo"), "update  image %s  frameinfo, queue size: %lu",
@@ -197,7 +197,7 @@ void InfoSynchronizerManager::updateUIInfo(std::string imageName, RequestType re
     info.camMode = camMode;
     info.faceDetect = faceDetect;
     info.zoomRatio = zoomRatio;
-    info.uiExtra = std::move(uiExtra);
+    info.uiExtra.swap(uiExtra);
 }
 
 void InfoSynchronizerManager::updateAnchor3aInfo(std::string imageName, float fstop, int32_t iso,
@@ -313,7 +313,7 @@ void InfoSynchronizerManager::updateSnapshotTimeInfo(std::string imageName, uint
     }
     std::map<std::string, int64_t>& timeInfo = record->snapshotInfo.timeInfo;
     if (stage == 0) {
-        timeInfo[stageKey(0)] = -1;
+        timeInfo[stageKey(0)] = -1;  // Deliberate: no time; the time goes to requestTime
         record->requestTime = now;
         return;
     }

@@ -1,7 +1,7 @@
 // Log lines to the Android log and to the platform's debug log.
 //
-// Both are called with the mutex held that the caller of a message holds, the queue's or the
-// pool's: a log must not call back into an operation that takes it.
+// Both are called with the mutexes held that the caller of a message holds: a log must call nothing
+// of this library.
 //
 // A source file names its Android tag: constexpr char kLogTag[] = "...";
 

@@ -20,7 +20,7 @@ class NumberText {
     // floating point. The millionths of a float are exact in a double, so that rounding them once
     // gives what printf gives.
     explicit NumberText(float value) : mEnd(mText) {
-        constexpr double kMostMillionths = 1e18;  // what a long long holds
+        constexpr double kMostMillionths = 1e18;  // well within a long long
         const double millionths = std::fabs(static_cast<double>(value) * 1e6);
         if (!(millionths < kMostMillionths)) {  // written so that NaN is among them
             mEnd += snprintf(mText, sizeof(mText), "%f", static_cast<double>(value));

@@ -1,4 +1,4 @@
-// What the record operations do with a queue whose mutex they hold.
+// What the record operations do with a queue whose mutex they hold, and how they count without it.
 
 #pragma once
 
@@ -34,11 +34,13 @@ inline unsigned long lockAndCount(const std::shared_ptr<RequestRecordQueue>& que
     return countRecords(*queue);
 }
 
-// Marks a snapshot as failed in the three places that failures are listed in.
-inline void markFailed(RequestRecordQueue& queue, RequestRecord& record, std::string imageName,
-                       const char* text) INFOSYNC_REQUIRES(queue.mutex) {
+// Marks a snapshot as failed in the three places that failures are listed in. The flag comes first,
+// so that it is set even if memory ends here.
+template <typename Name>
+void markFailed(RequestRecordQueue& queue, RequestRecord& record, Name&& imageName,
+                const char* text) INFOSYNC_REQUIRES(queue.mutex) {
     record.hasError = true;
-    queue.errorImageNames.push_back(std::move(imageName));
+    queue.errorImageNames.emplace_back(std::forward<Name>(imageName));
     record.errorInfo.emplace_back(text);
 }
 

@@ -1,4 +1,4 @@
-// The rules of a snapshot's time line: which keys a stage writes, and with what.
+// The rules of a snapshot's time line: which keys the stages 1 to 14 write, and with what.
 
 #pragma once
 

@@ -26,12 +26,17 @@ void seed(std::map<std::string, Value>& values, Key&& key, Start start) {
 
 }  // namespace
 
-void storeFrame(FrameInfo& frame, FrameInfo given) {
-    if (!frame.camIds.empty()) {
-        frame.camIds.insert(frame.camIds.end(), given.camIds.begin(), given.camIds.end());
-        given.camIds.swap(frame.camIds);
+void storeFrame(FrameInfo& frame, uint32_t frameNumber, std::string& timestamp,
+                std::vector<uint32_t>& camIds, uint32_t frameExtra, const std::string& imageName) {
+    frame.frameNumber = frameNumber;
+    frame.timestamp.swap(timestamp);
+    frame.frameExtra = frameExtra;
+    frame.imageName = imageName;
+    if (frame.camIds.empty()) {
+        frame.camIds.swap(camIds);
+    } else {
+        frame.camIds.insert(frame.camIds.end(), camIds.begin(), camIds.end());
     }
-    frame = std::move(given);
 }
 
 void storeNodeTimes(SnapshotInfo::ZuAlgoInfo& algo, std::string& node, double first, double second,

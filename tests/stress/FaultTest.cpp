@@ -1,4 +1,4 @@
-// What is left of the library when memory ends, the service fails, or texts are hostile.
+// What is left of the library when memory ends or the service fails.
 
 #include <atomic>
 #include <functional>

@@ -234,7 +234,7 @@ void checkLanded(const std::string& name, size_t errors) {
     expect(record.hasError && record.errorInfo.size() == errors + 1 &&
                    record.snapshotInfo.timeInfo.size() == 15 &&
                    record.snapshotInfo.vendorResultInfo.size() == 3,
-           "each update has landed in the record");
+           "the updates that grow a record have landed");
 }
 
 // Asks each executor for a key that all threads ask for, and for one of this thread's own. What is

@@ -53,6 +53,7 @@ void stampStages() {
     const auto& stages = manager.mRequestRecordQueue->records.at("IMG")->snapshotInfo.timeInfo;
     doubles::note("stages", stages.size());
     manager.updateSnapshotTimeInfo("IMG", 15U);
+    doubles::note("by a stage that is ignored");
     manager.updateSnapshotTimeInfo("IMG", 1U);
     doubles::note("stages", stages.size());
 }

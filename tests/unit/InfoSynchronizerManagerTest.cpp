@@ -178,7 +178,8 @@ void noteChanges(const std::string& name, const RequestRecord& before, const Req
     // clang-format off
 #define NOTE(field) \
     if (after.field != before.field) doubles::note(name + ": " #field, after.field);
-    NOTE(errorInfo) NOTE(hasError) NOTE(requestTime.tv_sec) NOTE(reserved64)
+    NOTE(errorInfo) NOTE(hasError) NOTE(requestTime.tv_sec) NOTE(requestTime.tv_nsec)
+    NOTE(reserved64) NOTE(createTime.tv_sec) NOTE(createTime.tv_nsec)
     NOTE(frameInfo.frameNumber) NOTE(frameInfo.timestamp) NOTE(frameInfo.camIds)
     NOTE(frameInfo.frameExtra) NOTE(frameInfo.imageName)
     NOTE(snapshotInfo.requestType) NOTE(snapshotInfo.camMode) NOTE(snapshotInfo.faceDetect)

@@ -1,4 +1,4 @@
-// Numbers against the C library's own texts.
+// Floats against the C library's own texts.
 
 #include "NumberText.h"
 

@@ -30,7 +30,12 @@ TEST_F(Record, StartsStampedAndEmptyWhateverTheMemoryHeld) {
               std::tie(info.fstop, info.iso, info.lux, info.exposureTime));
     EXPECT_EQ(std::tuple(0, 0, 0, false, 0U),
               std::tie(reqValueA, reqValueB, anchorFrame, flag, value64));
-    EXPECT_TRUE(idsA.empty() && ids.empty() && info.timeInfo.empty());
+    EXPECT_TRUE(idsA.empty() && ids.empty() && info.timeInfo.empty() && info.uiExtra.empty());
+    EXPECT_TRUE(record->errorInfo.empty() && info.vendorResultInfo.empty());
+    EXPECT_TRUE(record->frameInfo.timestamp.empty() && record->frameInfo.camIds.empty());
+    EXPECT_TRUE(record->frameInfo.imageName.empty() && info.zuAlgoInfo.algoList.empty());
+    EXPECT_TRUE(info.zuAlgoInfo.algoTimeA.empty() && info.zuAlgoInfo.algoTimeB.empty());
+    EXPECT_TRUE(info.zuAlgoInfo.algoTimeC.empty() && info.zuAlgoInfo.algoState.empty());
     record->~RequestRecord();
 }
 

@@ -1,4 +1,4 @@
-// Updates that build on what the record holds.
+// Vendor results, which build on what the record holds.
 
 #include "Doubles.h"
 #include "InfoSynchronizerManager.h"

@@ -93,6 +93,10 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // The updates. Each writes the fields that its arguments name, in place of what they held
     // unless its comment says otherwise. The record is found by the name it was registered under,
     // except where an operation says otherwise, and an unknown name is logged as a warning.
+    //
+    // To mark a snapshot as failed is to set its record's hasError, to append a text to errorInfo
+    // and to append the image name to the queue's errorImageNames, each time anew. The texts are
+    // "vendor result error", "node process time out" and "node process error".
 
     // Appends `camIds` to those already there. The name that is stored here makes the record
     // visible to the list form of updateZuAlgoInfo, to updateNodeProcTime and to
@@ -104,6 +108,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
                            bool reqFlag, uint64_t reqValue64, std::vector<int32_t> reqIdsA,
                            std::vector<int32_t> expectedResultIds);
 
+    // Values in the caller's units, here and in updateAnchor3aInfo. The report leaves out the
+    // fraction of `zoomRatio`.
     void updateUIInfo(std::string imageName, RequestType requestType, uint32_t camMode,
                       int32_t faceDetect, float zoomRatio, std::string uiExtra);
 
@@ -116,7 +122,7 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // the negative number of the same 32 bits. While the record holds fewer results than ids are
     // expected, it first marks all expected ids as "not_return", those that have come already
     // included: give all results of one snapshot after its last updateRequestInfo, and expect no
-    // id twice, which leaves fewer results than ids for good. A code other than 0 marks the
+    // id twice, which leaves fewer results than ids. A code other than 0 marks the
     // snapshot as failed; one outside 0 to 4 is logged as a warning and has no effect.
     void updateVndResultInfo(std::string imageName, uint32_t resultId, int32_t errorCode);
 
@@ -138,16 +144,17 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // Replaces the queue-wide post-processing information. Belongs to no snapshot.
     void updatePostProcInfo(std::map<std::string, uint32_t> info);
 
-    // Stamps a time stage (an index into TimeStageToChar) with the whole milliseconds from the
-    // record's creation to this call, which are counted in 32 bits: after 2^31 of them, some 24.8
-    // days, they go on at -2^31. Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their
-    // texts; 6 stores its milliseconds less those of stage 4; 7 and 11 store 0. Stages above 14
-    // are ignored. Stages other than 0 first build the getInstance() manager if there is none;
-    // if that throws, nothing is stored.
+    // Stamps a time stage (an index into TimeStageToChar) with the milliseconds from the
+    // record's creation to this call: seconds and the rest are counted apart, which may give one
+    // too many, and in 32 bits, so that after 2^31 of them, some 24.8 days, they go on at -2^31.
+    // Stage 0 stores -1 and sets requestTime; 3 and 13 stamp both their texts; 6 stores its
+    // milliseconds less those of stage 4, which is put in place as 0 if it is missing; 7 and 11
+    // store 0. Stages above 14 are ignored. For a known image, stages other than 0 first build the
+    // getInstance() manager if there is none; if that throws, nothing is stored.
     void updateSnapshotTimeInfo(std::string imageName, uint32_t stage);
 
     // Stores ready values, in milliseconds and of any size, under stage names. Other keys are
-    // ignored.
+    // ignored, and stages that are not given keep what they have.
     void updateSnapshotTimeInfo(std::string imageName, std::map<std::string, int64_t> timeInfo);
 
     // Stores a node's start, second and completion time, in the caller's units. A second time
@@ -161,8 +168,8 @@ class INFOSYNC_EXPORT InfoSynchronizerManager {
     // by its frame's image name; an unknown name is not warned about.
     void updateNodeProcState(std::string imageName, std::string nodeName, int32_t state);
 
-    // Stores ready state texts by node. Marks no failure, whatever the texts say. Finds the
-    // record by its frame's image name; an unknown name is not warned about.
+    // Stores ready state texts by node; other nodes keep theirs. Marks no failure, whatever the
+    // texts say. Finds the record by its frame's image name; an unknown name is not warned about.
     void updateNodeProcState(std::string imageName, std::map<std::string, std::string> states);
 
     // Open to whoever inspects records at a desk. The pointers are fixed from construction to

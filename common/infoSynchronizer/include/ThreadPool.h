@@ -46,8 +46,9 @@ class INFOSYNC_EXPORT ThreadPool {
     void addThread();
 
     // Queues a task. Returns 0, or -1 without effect once the destructor has begun. Logs a
-    // warning, with the pool's mutex held, while the last ten calls found no task taken since. A task that throws, an empty
-    // one included, ends the process. std::bad_alloc passes; the task is not queued then.
+    // warning, with the pool's mutex held, while the last ten calls found no task taken since. A
+    // task that throws, an empty one included, ends the process. std::bad_alloc passes; the task is
+    // not queued then.
     int enqueue(std::function<void()> task) INFOSYNC_EXCLUDES(mMutex);
 
     // Sets the nice value that each worker applies before it takes its next task.
