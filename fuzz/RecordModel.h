@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <string>
@@ -21,21 +22,14 @@ using camInfosync::RequestRecord;
 // A call to the service: its name and its arguments.
 using Call = std::vector<std::string>;
 
-// The texts of codes.
-inline const std::vector<std::string> kStages{
-        "1request_to_zuhal",     "2request_to_vendor",
-        "3result_from_vendor",   "4result_to_fwk",
-        "5request_to_post",      "6request_to_algo",
-        "7anchor_time",          "8getbuffer_from_fwk",
-        "9mock_config_from_fwk", "10mock_request_from_fwk",
-        "11mock_result_to_fwk",  "12post_proc_time",
-        "13shot_2_shot",         "14shot_2_gallery",
-        "15shot_2_view",
-};
-inline const std::vector<std::string> kStates{"OK", "GetInputError", "GetOutputError", "FlushTask",
-                                              "NodeProcessError"};
-inline const std::vector<std::string> kResults{"error_none", "error_device", "error_request",
-                                               "error_result", "error_buffer"};
+// The texts of codes, which the unit tests show to be right.
+template <size_t Size>
+std::vector<std::string> texts(const char* const (&table)[Size]) {
+    return {std::begin(table), std::end(table)};
+}
+inline const std::vector<std::string> kStages = texts(camInfosync::TimeStageToChar);
+inline const std::vector<std::string> kStates = texts(camInfosync::NodeProcInfoToChar);
+inline const std::vector<std::string> kResults = texts(camInfosync::ResultErrorCodeToChar);
 
 // CLOCK_MONOTONIC, for the library too.
 inline timespec clockTime{};

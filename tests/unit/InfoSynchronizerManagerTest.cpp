@@ -138,7 +138,11 @@ TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSentOrThrown) {
     const auto flush = [this] { manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); };
     queue.emplace_back("A");
     doubles::onCall = [&] { EXPECT_FALSE(isFree()); };
+    bool lastLineWasLocked = false;
+    doubles::onLog = [&] { lastLineWasLocked = !isFree(); };
     EXPECT_EQ(doubles::locksOf(&queue.mutex, flush), 2);
+    EXPECT_TRUE(lastLineWasLocked);
+    doubles::onLog = nullptr;
     doubles::takeJournal();
     const auto kept = queue.records;
     doubles::locksOf(&queue.mutex, flush, [this] { queue.records.clear(); });

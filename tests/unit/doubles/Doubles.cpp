@@ -25,6 +25,7 @@ namespace doubles {
 
 std::function<std::string(std::string& key)> onQuery;
 std::function<void()> onCall;
+std::function<void()> onLog;
 std::atomic<int> threadsLeft{-1};
 std::atomic<int> clockReads{0};
 thread_local std::string profiles;
@@ -142,6 +143,7 @@ namespace doubles {
 Test::Test() {
     onQuery = nullptr;
     onCall = nullptr;
+    onLog = nullptr;
     threadsLeft = -1;
     clockStopped = false;
     zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
@@ -244,6 +246,9 @@ void Log::logSystem(uint32_t group, const char* level, const char* fileName,
 extern "C" {
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    if (doubles::onLog) {
+        doubles::onLog();
+    }
     va_list arguments;
     va_start(arguments, format);
     doubles::note("android " + std::to_string(priority) + " " + tag + " " +

@@ -44,6 +44,7 @@ void replaceFrom(std::string& line, const std::string& begin, size_t length, con
 // Set by a test, and undone before the next.
 extern std::function<std::string(std::string& key)> onQuery;  // may write to the key
 extern std::function<void()> onCall;                          // in every other service call
+extern std::function<void()> onLog;                           // in every message
 extern std::atomic<int> threadsLeft;  // that may still start; negative: any number
 
 IntentAwareSys* service();
