@@ -2,6 +2,7 @@
 // journal of the doubles, line by line as it comes. A message is seen here as the Android log has
 // it. Each argument is a thing to do.
 
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -84,10 +85,9 @@ void useTheSwitch() {
 
 int main(int argc, char** argv) {
     const std::pair<const char*, void (*)()> things[] = {
-            {"client", useAClientOfItsOwn},
-            {"managers", buildManagers},
-            {"stages", stampStages},
-            {"switch", useTheSwitch},
+            {"client", useAClientOfItsOwn},    {"managers", buildManagers},
+            {"stages", stampStages},           {"switch", useTheSwitch},
+            {"vanish", [] { std::_Exit(0); }},
     };
     doubles::note("service", InfoSynchronizer::mIntentAwareImpl != nullptr);
     zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;

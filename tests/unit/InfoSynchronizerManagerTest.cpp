@@ -121,12 +121,16 @@ TEST_F(Manager, WithoutAQueueNothingIsRegistered) {
 }
 
 TEST_F(Manager, FlushReportsTypeZeroOnlyAndKeepsTheRecord) {
+    const auto noting = std::make_shared<Noting>();  // not the one to be asked
+    const auto second = std::exchange(manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT], noting);
+    doubles::takeJournal();
     queue.emplace_back("A");
     for (const int type : {-1, 1, 2, 3, 0, 0}) {
         doubles::note("type", type);
         manager.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(type));
     }
     manager.snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
+    manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT] = second;
     EXPECT_EQ(queue.records.count("A"), 1U);
 }
 
@@ -257,7 +261,7 @@ class RecordUpdate : public doubles::Test {
             queue.records[key]->frameInfo.imageName = key == std::string("IMG") ? "" : "IMG";
             SnapshotInfo& info = queue.records[key]->snapshotInfo;
             info.vendorResultInfo = {{99, "old"}};
-            info.zuAlgoInfo = {{"old"}, {{"old", 9}}, {{"old", 9}}, {{"old", 9}}, {{"old", "OK"}}};
+            info.zuAlgoInfo = {{key}, {{"old", 9}}, {{"old", 9}}, {{"old", 9}}, {{"old", "OK"}}};
             before.emplace(key, *queue.records[key]);
         }
     }
@@ -292,12 +296,17 @@ TEST_F(RecordUpdate, PassesTheMutexOnceBeforeHoldingIt) {
     const auto kept = queue.records;
     for (const Update& update : updates) {
         const int locks = doubles::locksOf(
-                &queue.mutex, [&] { update.run(manager, "IMG"); }, [&] { queue.records.clear(); });
+                &queue.mutex, [&] { update.run(manager, "IMG"); },
+                [&] {
+                    queue.records.clear();
+                    queue.postProcInfo.clear();
+                });
         totals[locks] += 1;
         queue.records = kept;
     }
     doubles::takeJournal();
     noteAll();  // nothing: the records were gone before an update had the mutex
+    EXPECT_EQ(queue.postProcInfo.size(), 1U);
     // The five that are refused for their arguments take none.
     EXPECT_EQ(totals, (std::map<int, int>{{0, 5}, {2, 28}}));
 }

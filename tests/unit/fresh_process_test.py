@@ -54,6 +54,12 @@ class OverlapClient(FreshTest):
     def test_loaders_error_is_taken_for_a_format(self):
         self.expect_loading(("100%%", [], {}))
 
+    def test_library_is_bound_at_once(self):
+        self.expect_loading(("unresolved", [], {}))
+
+    def test_handle_is_flushed(self):
+        self.assertIn("features_mgr_handle = 0", run("neither", "vanish"))
+
     def test_what_the_overlap_library_throws_ends_there(self):
         self.expect_loading(("throws", [], {}), ("odm", [], {"TEST_THROWS": "start"}),
                             ("odm", [], {"TEST_THROWS": "getObject"}))

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
@@ -29,6 +30,7 @@ std::function<void()> onLog;
 std::atomic<int> threadsLeft{-1};
 std::atomic<int> clockReads{0};
 thread_local std::string profiles;
+thread_local int nice;
 
 }  // namespace doubles
 
@@ -295,6 +297,13 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
         real = reinterpret_cast<int (*)(pthread_mutex_t*)>(dlsym(RTLD_NEXT, __func__));
     }
     return real.load()(mutex);
+}
+
+int setpriority(int which, id_t who, int priority) noexcept {
+    EXPECT_EQ(which, PRIO_PROCESS);
+    EXPECT_EQ(who, 0U);
+    doubles::nice = priority;
+    return static_cast<int>(syscall(SYS_setpriority, which, who, priority));
 }
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {

@@ -58,7 +58,8 @@ extern std::atomic<int> clockReads;
 int locksOf(std::mutex* mutex, const std::function<void()>& run,
             const std::function<void()>& onLock = {});
 
-// The task profiles that this thread asked for.
+// The task profiles and the nice value that this thread asked for.
 extern thread_local std::string profiles;
+extern thread_local int nice;
 
 }  // namespace doubles

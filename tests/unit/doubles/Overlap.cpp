@@ -1,10 +1,13 @@
 // An overlap library whose instance is given by the program that loads it, or that has none, or
-// that throws something of its own.
+// that needs a function which nobody has, or that throws something of its own.
 
 #include <cstdio>
 
 #if defined(NULL_INSTANCE)
 #define INSTANCE(options) nullptr
+#elif defined(UNRESOLVED)
+extern "C" void* definedNowhere();
+#define INSTANCE(options) definedNowhere()
 #elif defined(THROWS)
 struct OfItsOwn {};  // a type that is gone once the library is closed
 #define INSTANCE(options) (throw OfItsOwn(), nullptr)
