@@ -64,33 +64,31 @@ class Trial {
   public:
     Trial(const uint8_t* bytes, size_t size) : mSource(bytes, size) {
         InfoSynchronizer::mIntentAwareImpl = &mService;
+        clockTime = {};
         for (Manager* manager : mManagers) {
             manager->mRequestRecordQueue = std::make_shared<RequestRecordQueue>();
             manager->mSynchronizers[INFO_SYNC_TYPE_CMD] =
                     std::make_shared<CmdExecutor>(INFO_SYNC_TYPE_CMD);
         }
+        // One record exists from the beginning, and is found by its key and by its frame's name.
+        manager().registerSnapshotRequestRecord(mName);
+        mRecords.try_emplace(mName, newRecord());
+        mService.mReceived.clear();
     }
 
     void run() {
         static constexpr void (Trial::*kOperations[])() = {
-                &Trial::changeSurroundings,
-                &Trial::addOrRemove,
-                &Trial::flush,
-                &Trial::requestReport,
-                &Trial::ask,
-                &Trial::frame,
-                &Trial::storeValues,
-                &Trial::vendorResult,
-                &Trial::algorithms,
-                &Trial::error,
-                &Trial::stages,
-                &Trial::nodeTimes,
-                &Trial::nodeStates,
+                &Trial::changeSurroundings, &Trial::addOrRemove, &Trial::flush,
+                &Trial::requestReport,      &Trial::ask,         &Trial::frame,
+                &Trial::storeValues,        &Trial::storeValues, &Trial::vendorResult,
+                &Trial::algorithms,         &Trial::error,       &Trial::stages,
+                &Trial::nodeTimes,          &Trial::nodeStates,
         };
         while (mSource.remaining_bytes() > 0) {
-            mIsOwn = mSource.ConsumeIntegralInRange(0, 7) != 0;
-            mName = mSource.PickValueInArray(kNames);
-            (this->*mSource.PickValueInArray(kOperations))();
+            ++clockTime.tv_sec;
+            mIsOwn = mSource.range(0, 7) != 0;
+            mName = mSource.pick(4) == 0 ? mSource.any(kNames) : mName;
+            (this->*mSource.any(kOperations))();
             compare();
         }
         for (const auto& [text, copy] : mAnswers) {  // none is overwritten or freed
@@ -150,8 +148,7 @@ class Trial {
     template <typename Operation>
     bool serve(std::vector<Call> calls, Operation operation) {
         calls.resize(isServed() ? calls.size() : 0);
-        mService.mLastCall =
-                mSource.ConsumeBool() ? mSource.ConsumeIntegralInRange(1, 24) : SIZE_MAX;
+        mService.mLastCall = mSource.coin() ? 1 + mSource.pick(24) : SIZE_MAX;
         bool threw = false;
         try {
             operation();
@@ -169,15 +166,17 @@ class Trial {
         int32_t seconds = 0;
         mSource.draw(seconds, mService.mAnswer);
         clockTime = {seconds, mSource.ConsumeIntegralInRange(0, 999999999)};
-        const int kind = mSource.ConsumeIntegralInRange(0, 15);
-        mService.mAnswer = kind < 8 ? "enabled" : mService.mAnswer;
+        const int kind = mSource.range(0, 15);
+        if (kind < 11) {
+            mService.mAnswer = kind < 9 ? "enabled" : "enabled" + mService.mAnswer;
+        }
         InfoSynchronizer::mIntentAwareImpl = kind == 15 ? nullptr : &mService;
         zudebug::gZuCamLogLevel = kind == 0 ? ANDROID_LOG_FATAL : ANDROID_LOG_INFO;
     }
 
     // The three switched operations work on getInstance(), whatever they are called on.
     void addOrRemove() {
-        const bool adds = mSource.ConsumeBool();
+        const bool adds = mSource.pick(4) != 0;
         const auto operation = adds ? &Manager::registerSnapshotRequestRecord
                                     : &Manager::unregisterSnapshotRequestRecord;
         const auto run = [&] { (manager().*operation)(mName); };
@@ -190,7 +189,7 @@ class Trial {
     }
 
     void flush() {
-        const auto type = static_cast<InfoSyncType>(mSource.ConsumeIntegralInRange(-1, 3));
+        const auto type = static_cast<InfoSyncType>(mSource.range(-1, 3));
         std::vector<Call> calls{{"queryValue", kSwitch}};
         if (isOn() && type == 0 && mRecords.count(mName) != 0) {
             const std::vector<Call> report = reportOn(mRecords.at(mName));
@@ -200,7 +199,7 @@ class Trial {
     }
 
     void requestReport() {
-        const auto type = static_cast<InfoSyncType>(2 * mSource.ConsumeIntegralInRange(-1, 2));
+        const auto type = static_cast<InfoSyncType>(2 * mSource.range(-1, 2));
         const auto& records = mManagers[true]->mRequestRecordQueue->records;
         const void* in = mRecords.count(mName) != 0 ? records.at(mName).get() : nullptr;
         const bool reports = in != nullptr && (type == 0 || type == 2);
@@ -211,7 +210,7 @@ class Trial {
     }
 
     void ask() {
-        const char* key = mName.c_str();
+        const char* key = mSource.coin() ? kSwitch.c_str() : mName.c_str();
         void* out = this;
         const auto run = [&] { manager().request(INFO_SYNC_TYPE_CMD, key, &out); };
         if (!serve({{"queryValue", key}}, run)) {
@@ -238,7 +237,7 @@ class Trial {
         SnapshotInfo& info = found().snapshotInfo;
         auto& [a, b, anchor, flag, wide, ids, expected] = info.requestInfo;
         auto& [list, timesA, timesB, timesC, states] = info.zuAlgoInfo;
-        switch (mSource.ConsumeIntegralInRange(0, 6)) {
+        switch (mSource.range(0, 6)) {
             case 0:
                 return update(&Manager::updateRequestInfo, a, b, flag, wide, ids, expected);
             case 1:
@@ -294,7 +293,7 @@ class Trial {
         RequestRecord& record = found();
         std::string text;
         mSource.draw(text);
-        const char* given = mSource.ConsumeBool() ? text.c_str() : nullptr;
+        const char* given = mSource.coin() ? text.c_str() : nullptr;
         manager().updateSnapshotErrorInfo(mName, given);
         if (given != nullptr) {
             record.hasError = true;
