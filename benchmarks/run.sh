@@ -28,7 +28,7 @@ while [ $# -gt 0 ]; do
         ;;
     --against)
         [ $# -gt 1 ] || misused "--against takes the folder of another libcaminfosync.so"
-        against=$(cd "$began_in" && cd "$2" && pwd) || misused "--against: no folder $2"
+        against=$(cd "$began_in" && cd "$2" 2>/dev/null && pwd) || misused "--against: no folder $2"
         reference=against
         shift
         ;;

@@ -30,11 +30,15 @@ std::string_view trimmed(std::string_view text) {
 }
 
 // Reads lines "key=value". A line that begins with # is a comment; the last line of a key wins.
-void readInto(Properties& properties, std::istream& stream) {
+void readInto(Properties& properties, std::istream& stream, const std::string& name) {
     for (std::string line; std::getline(stream, line);) {
         const std::string_view text = trimmed(line);
         const size_t equals = text.find('=');
-        if (text.empty() || text.front() == '#' || equals == std::string_view::npos) {
+        if (text.empty() || text.front() == '#') {
+            continue;
+        }
+        if (equals == std::string_view::npos) {
+            std::cerr << name << ": passing over a line that is not key=value: " << text << '\n';
             continue;
         }
         properties.insert_or_assign(std::string(trimmed(text.substr(0, equals))),
@@ -46,10 +50,10 @@ Properties readProperties() {
     Properties properties;
     const std::string path = hostRoot() + "/build.prop";
     std::ifstream file(path);
-    readInto(properties, file);
+    readInto(properties, file, path);
     if (const char* overlay = std::getenv("INFOSYNC_HOST_PROPERTIES"); overlay != nullptr) {
         std::istringstream stream(overlay);
-        readInto(properties, stream);
+        readInto(properties, stream, "INFOSYNC_HOST_PROPERTIES");
     } else if (!file.is_open()) {
         std::cerr << "no properties found: \"" << path << "\" cannot be read and "
                   << "INFOSYNC_HOST_PROPERTIES is not set; each property has its default\n";
