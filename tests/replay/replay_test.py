@@ -127,6 +127,9 @@ class Options(ReplayTest):
         self.assertEqual(forced, self.collection("--property", "a=b", **inherited))
         self.assertEqual('on: the service answers "enabled"',
                          self.collection("--property", FORCED + "=0", **inherited))
+        self.collection(INFOSYNC_HOST_PROPERTIES="a=b\n# c\nfile.prop")
+        self.assertEqual("INFOSYNC_HOST_PROPERTIES: passing over a line that is not key=value: "
+                         "file.prop\n", self.err)
 
     def test_options_before_the_log(self):
         self.run_tool("--quiet", "--repeat", "1", "--answer", "enabled", "--log-level", "warn",
