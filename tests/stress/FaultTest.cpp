@@ -239,6 +239,7 @@ TEST_F(Fault, ServiceMayThrowFromEachCall) {
     const auto report = [record = queue().records.at(kImage).get()] {
         manager().request(INFO_SYNC_TYPE_COLLECT_ALT, record, nullptr);
     };
+    service.onCall = [](const std::string&) { throw std::runtime_error("service"); };
     EXPECT_THROW(report(), std::runtime_error);
     int calls = 0;
     service.onCall = [&calls](const std::string&) { ++calls; };
