@@ -1,5 +1,6 @@
 // What is left of the library when memory ends or the service fails.
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <map>
@@ -134,7 +135,8 @@ TEST_F(Fault, WorkersNeedNoMemoryOfTheirOwn) {
     {
         ThreadPool pool(3, 0);
         for (int i = 0; i < 9; ++i) {
-            pool.enqueue([&ran] { ++ran; });
+            // Too large for a task to be copied without memory.
+            pool.enqueue([&ran, large = std::array<char, 64>{}] { ran += large.size() == 64; });
         }
     }
     allocations::leftAtStart = -1;

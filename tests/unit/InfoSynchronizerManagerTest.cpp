@@ -142,6 +142,10 @@ TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSentOrThrown) {
     const auto flush = [this] { manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); };
     queue.emplace_back("A");
     doubles::onCall = [&] { EXPECT_FALSE(isFree()); };
+    doubles::onQuery = [&](std::string& /*key*/) {
+        EXPECT_TRUE(isFree());
+        return "enabled";
+    };
     bool lastLineWasLocked = false;
     doubles::onLog = [&] { lastLineWasLocked = !isFree(); };
     EXPECT_EQ(doubles::locksOf(&queue.mutex, flush), 2);

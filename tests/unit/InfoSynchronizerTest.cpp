@@ -72,6 +72,9 @@ TEST_F(Executor, LocksForAnAnswerThatWasNotTheLast) {
     EXPECT_EQ(locks("a"), 0);
     EXPECT_EQ(locks("b"), 1);
     EXPECT_EQ(locks("b"), 0);
+    EXPECT_EQ(locks("ab"), 1);
+    EXPECT_EQ(locks("ab"), 0);
+    EXPECT_EQ(locks("b"), 1);
     answer = "changed";
     EXPECT_EQ(locks("b"), 1);
     EXPECT_EQ(locks("b"), 0);

@@ -32,6 +32,7 @@ TEST_F(RecordQueue, KeepsOneStampedRecordPerName) {
     EXPECT_EQ(first->createTime.tv_nsec, 5);
     EXPECT_EQ(first->snapshotInfo.requestType, 1);
     queue.emplace_back("a");
+    EXPECT_EQ(doubles::clockReads, 1);  // no second record was made
     EXPECT_EQ(queue.records.at("a"), first);
     queue.remove("b");
     EXPECT_EQ(queue.records.size(), 1U);

@@ -30,7 +30,7 @@ constexpr size_t kLongestFieldName = 60;  // in a message
 // The way from a line to the value being read. Turned into text only for an error.
 struct Path {
     const Path* parent = nullptr;
-    std::string_view key = {};
+    std::string_view key;
     size_t index = 0;  // if there is no key
 
     std::string text() const {

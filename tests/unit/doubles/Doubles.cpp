@@ -115,6 +115,8 @@ class Service final : public ServiceBase {
     }
 };
 
+struct Thrown {};  // no standard exception
+
 class Instance final : public OverlapInstance {
   public:
     void start() override { note("start"); }
@@ -130,7 +132,7 @@ class Instance final : public OverlapInstance {
         doubles::note(operation);
         const char* failing = getenv("TEST_THROWS");
         if (failing != nullptr && strcmp(failing, operation) == 0) {
-            throw operation;  // no standard exception
+            throw Thrown{};
         }
     }
     void reserved1() override {}
