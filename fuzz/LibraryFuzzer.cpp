@@ -23,7 +23,7 @@
 
 namespace fuzz {
 
-using namespace camInfosync;
+using namespace camInfosync;  // NOLINT(google-build-using-namespace)
 using Manager = InfoSynchronizerManager;
 
 // Lists the calls that it receives, and throws a Call from one of them if told so.
@@ -141,7 +141,11 @@ class Trial {
     }
 
     bool isServed() const { return InfoSynchronizer::mIntentAwareImpl != nullptr; }
-    bool isOn() const { return isServed() && mService.mAnswer.c_str() == std::string("enabled"); }
+    // What comes after a zero byte does not count.
+    bool isOn() const {
+        const std::string& answer = mService.mAnswer;
+        return isServed() && answer.substr(0, answer.find('\0')) == "enabled";
+    }
 
     // Runs an operation that makes these calls to the service, which throws from one of them or
     // from none. Returns whether the operation came to its end.

@@ -201,8 +201,8 @@ bool isWhole(const std::string& report) {
     for (std::string line; std::getline(lines, line) && line.compare(2, id.size(), id) == 0;) {
         kinds += line[0];
     }
-    const size_t events = std::min(kinds.find_first_not_of("P"), kinds.size());
-    return events == 8 && kinds.find_first_not_of("E", events) == kinds.size() - 1 &&
+    const size_t events = std::min(kinds.find_first_not_of('P'), kinds.size());
+    return events == 8 && kinds.find_first_not_of('E', events) == kinds.size() - 1 &&
            report.size() > end.size() && report.substr(report.size() - end.size()) == end;
 }
 
