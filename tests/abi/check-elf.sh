@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Holds what a vendor partition asks of the library's file.
+# Holds what a vendor partition asks of the library's file. Each tool's output is read whole: a
+# reader that stops early, such as grep -q at a pipe's end, ends the writer by SIGPIPE now and then.
 set -euo pipefail
 library=$1 processor=$2 objdump=${3:-}
 failures=0
@@ -16,7 +17,7 @@ awk '$1 == "GNU_STACK" && /RWE/ { found = 1 } END { exit found }' <<<"$segments"
     fail "an executable stack"
 awk '$1 == "LOAD" && /RWE/ { found = 1 } END { exit found }' <<<"$segments" ||
     fail "a segment to write to and to execute"
-readelf -nW "$library" | grep -q 'Build ID: [0-9a-f]' || fail "no build-id"
+[[ $(readelf -nW "$library") =~ 'Build ID: '[0-9a-f] ]] || fail "no build-id"
 
 # The device's libraries, and of the others only C and C++ runtimes.
 needed=$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic")
@@ -28,12 +29,13 @@ device=$(grep -vE '^(libc|libm|libgcc_s|libstdc\+\+|libc\+\+|libc\+\+_shared|lib
 if [ "$processor" = aarch64 ]; then
     alignments=$(awk '$1 == "LOAD" { print $NF }' <<<"$segments" | sort -u)
     [ "$alignments" = 0x4000 ] || fail "segments aligned to $alignments"
-    readelf --dyn-syms -W "$library" | grep -q ' __stack_chk_fail' || fail "no stack protector"
+    [[ $(readelf --dyn-syms -W "$library") == *' __stack_chk_fail'* ]] || fail "no stack protector"
     # Each segment has pages of its own, also in the file.
     awk '$1 == "LOAD" && $2 !~ /[048c]000$/ { found = 1 } END { exit found }' <<<"$segments" ||
         fail "segments share pages in the file"
     # A protected entry signs its return address, or at least is a branch target.
-    "$objdump" -d --mattr=+v8.5a --disassemble-symbols=GetInstance "$library" |
-        grep -A1 '<GetInstance>:' | grep -qE 'paciasp|bti' || fail "no branch protection"
+    entry=$("$objdump" -d --mattr=+v8.5a --disassemble-symbols=GetInstance "$library" |
+        grep -A1 '<GetInstance>:') || fail "no GetInstance"
+    [[ $entry =~ paciasp|bti ]] || fail "no branch protection"
 fi
 exit $failures

@@ -23,7 +23,7 @@ taken=$("$nm" -DC --undefined-only "$library" | readable)
 # Whether the library itself describes the exception of an empty function. With libstdc++, and
 # with libc++ since LLVM 16, the C++ library does so for all binaries.
 describes_exception() {
-    readelf -dW "$library" | grep -q 'NEEDED.*libc++\.so' &&
+    [[ $(readelf -dW "$library") == *NEEDED*libc++.so* ]] &&
         ! grep -qxF 'typeinfo for bad_function_call' <<<"$taken"
 }
 
