@@ -21,9 +21,10 @@ if(CMAKE_SYSROOT)
 endif()
 # One run path for both places: an edited one could be left with an empty entry, which the
 # loader takes for the working directory.
+set(desk_run_path "$ORIGIN/platform/host;$ORIGIN/caminfosync/platform/host;${liblog_folder}")
 set_target_properties(caminfosync PROPERTIES
     BUILD_WITH_INSTALL_RPATH ON
-    INSTALL_RPATH "$ORIGIN/platform/host;$ORIGIN/caminfosync/platform/host;${liblog_folder}")
+    INSTALL_RPATH "${desk_run_path}")
 install(TARGETS caminfosync EXPORT caminfosync
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${headers})

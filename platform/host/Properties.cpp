@@ -61,15 +61,18 @@ Properties readProperties() {
     return properties;
 }
 
+// The property's value; empty where there is none.
+const std::string& valueOf(const char* key) {
+    static const Properties properties = readProperties();
+    static const std::string none;
+    const auto property = key != nullptr ? properties.find(key) : properties.end();
+    return property != properties.end() ? property->second : none;
+}
+
 }  // namespace
 
 int8_t property_get_bool(const char* key, int8_t default_value) {
-    static const Properties properties = readProperties();
-    const auto property = key != nullptr ? properties.find(key) : properties.end();
-    if (property == properties.end()) {
-        return default_value;
-    }
-    const std::string& value = property->second;
+    const std::string& value = valueOf(key);
     for (const char* yes : {"1", "y", "yes", "on", "true"}) {
         if (value == yes) {
             return 1;
@@ -81,4 +84,14 @@ int8_t property_get_bool(const char* key, int8_t default_value) {
         }
     }
     return default_value;
+}
+
+int property_get(const char* key, char* value, const char* default_value) {
+    std::string_view text = valueOf(key);
+    if (text.empty() && default_value != nullptr) {
+        text = default_value;
+    }
+    const size_t length = text.copy(value, PROPERTY_VALUE_MAX - 1);
+    value[length] = '\0';
+    return static_cast<int>(length);
 }

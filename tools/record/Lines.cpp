@@ -1,0 +1,90 @@
+#include "Lines.h"
+
+#include <sys/prctl.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace recording {
+namespace {
+
+constexpr int64_t kNanoseconds = 1000000000;
+
+int64_t readClock(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return static_cast<int64_t>(time.tv_sec) * kNanoseconds + time.tv_nsec;
+}
+
+void putMoment(Line& line, const Moment& moment) {
+    line.field("at", moment.at);
+    line.field("thread", moment.thread);
+    line.field("tid", moment.tid);
+}
+
+}  // namespace
+
+Moment Moment::now() {
+    Moment moment;
+    moment.at = readClock(CLOCK_MONOTONIC);
+    prctl(PR_GET_NAME, moment.thread, 0, 0, 0);
+    moment.tid = gettid();
+    return moment;
+}
+
+void writeHeader(Line& line, const Header& header, uint64_t part, const Answers& answers,
+                 const Names& cut, size_t mostCutBytes) {
+    constexpr std::string_view kSupported = "persist.vendor.camera.camquill.supported";
+    constexpr std::string_view kForced = "persist.vendor.camera.infoSyncCollect.forceEnabled";
+    line.begin();
+    line.field("format", "camInfosync capture log");
+    line.field("version", "1.0");
+    line.field("library", INFOSYNC_VERSION);
+    line.field("pid", header.pid);
+    line.field("process", header.process);
+    line.object("properties", [&] {
+        line.field(kSupported, header.supported);
+        line.field(kForced, header.forceEnabled);
+    });
+    line.field("service", header.service);
+    line.field("answers", answers);
+    line.field("startMonotonic", readClock(CLOCK_MONOTONIC));
+    line.field("startReal", readClock(CLOCK_REALTIME));
+    line.field("part", part);
+    if (const size_t left = line.fieldUpTo("cut", cut, mostCutBytes); left > 0) {
+        line.field("cutMore", left);
+    }
+    line.end();
+}
+
+void beginCall(Line& line, uint64_t number, const Moment& moment, bool isOther,
+               std::string_view call) {
+    line.begin();
+    line.field("n", number);
+    putMoment(line, moment);
+    if (isOther) {
+        line.field("manager", "GetInstance");
+    }
+    line.field("call", call);
+}
+
+void beginAnswer(Line& line, uint64_t number, const Moment& moment, std::string_view key) {
+    line.begin();
+    line.field("answered", number);
+    putMoment(line, moment);
+    line.field("key", key);
+}
+
+void writeEnd(Line& line, uint64_t calls) {
+    line.begin();
+    line.field("end", true);
+    line.field("calls", calls);
+    line.end();
+}
+
+}  // namespace recording

@@ -1,0 +1,65 @@
+// Decides whether calls are recorded, and sees to it that recording them harms nobody.
+
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "Order.h"
+#include "Recording.h"
+
+namespace recording {
+
+// Everything here lives in static storage that is never destroyed: calls may come before the
+// recorder's initialisers and after its end.
+
+enum class State { kUndecided, kOff, kOn };
+extern std::atomic<State> gState;
+
+// Decided while the recorder is being loaded; for good once true.
+inline bool isOff() {
+    return gState.load(std::memory_order_acquire) == State::kOff;
+}
+
+// Decides, if that is still to be done. False in a process that was forked from the one that
+// records.
+bool isRecording();
+
+// The managers that the accessors have returned; others are their callers' own.
+extern std::atomic<const void*> gManager;       // of getInstance()
+extern std::atomic<const void*> gOtherManager;  // of GetInstance()
+
+// Makes the frame hold the call's order, and writes the call's line. Does not throw: whatever goes
+// wrong ends the recording, with one warning. Updates of a manager that is its caller's own are
+// left out, with one warning for all.
+void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments& writeArguments);
+
+// The time while the service is being asked on behalf of a frame's call, which holds no order
+// then. Afterwards, or when the service has thrown, it does again, and what was answered is noted.
+class Question {
+  public:
+    Question(Frame& frame, const std::string& key);
+    ~Question();
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+
+    void answered(const std::string& answer);
+
+  private:
+    void goOn(const std::string* answer);
+
+    Frame& mFrame;
+    std::mutex* const mOrder;
+    char mShortKey[1024];  // needs no memory
+    std::string mLongKey;
+    std::string_view mKey;
+    bool mIsOpen = true;
+};
+
+// Finds the library's operations; called once, while the recorder is being loaded.
+void findOperations();
+
+}  // namespace recording
