@@ -1,5 +1,6 @@
-// A stand-in for the overlap library: its service answers every command with the environment's
-// INFOSYNC_HOST_ANSWER ("enabled" if unset) and keeps the calls that it receives.
+// A stand-in for the overlap library: its service answers every command as it was told to, or with
+// the environment's INFOSYNC_HOST_ANSWER ("enabled" if unset), and keeps the calls that it
+// receives.
 
 #include "OverlapService.h"
 
@@ -29,11 +30,15 @@ class RecordingService final : public ServiceBase {
     void finishReport(std::string id, int32_t first, int32_t second) override {
         keep({ServiceCall::Kind::kFinishReport, std::move(id), {}, {}, first, second});
     }
-    std::string queryValue(std::string /*key*/) override {
+    std::string queryValue(std::string key) override {
+        if (mAnswer) {
+            return mAnswer(key);
+        }
         const char* answer = std::getenv("INFOSYNC_HOST_ANSWER");
         return answer != nullptr ? answer : "enabled";
     }
 
+    void setAnswers(AnswerQuestion answer) { mAnswer = std::move(answer); }
     void take(std::vector<ServiceCall>* calls) {
         std::lock_guard<std::mutex> lock(mMutex);
         calls->insert(calls->end(), std::make_move_iterator(mCalls.begin()),
@@ -47,6 +52,7 @@ class RecordingService final : public ServiceBase {
         mCalls.push_back(std::move(call));
     }
 
+    AnswerQuestion mAnswer;
     std::mutex mMutex;
     std::vector<ServiceCall> mCalls;  // guarded by mMutex
 };
@@ -69,6 +75,10 @@ OverlapInstance* GetInstance(zu_hal_overlap::OverlapOptions* /*options*/) {
 
 void infosyncTakeServiceCalls(std::vector<ServiceCall>* calls) {
     service().take(calls);
+}
+
+void infosyncSetAnswers(AnswerQuestion answer) {
+    service().setAnswers(std::move(answer));
 }
 
 }  // extern "C"

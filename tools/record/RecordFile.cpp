@@ -74,38 +74,49 @@ void RecordFile::beginPart(std::string_view header) {
     if (header.size() > mPartLimit / 2) {
         throw Fault{"its header does not fit", EFBIG};
     }
-    const std::string unfinished = mPath + ".new";
-    open(unfinished);
-    try {
+    if (!makeUnseen(header)) {
+        open(mPath);
         write(header);
-        publish(unfinished);
-    } catch (...) {
-        unlink(unfinished.c_str());
-        throw;
     }
     mSize = header.size();
 }
 
-void RecordFile::open(const std::string& path) {
-    constexpr mode_t kOwnerOnly = 0600;
-    mDescriptor =
-            ::open(path.c_str(), O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC | O_WRONLY | O_NOFOLLOW,
-                   kOwnerOnly);
-    struct stat status {};
-    if (mDescriptor < 0 || fstat(mDescriptor, &status) != 0) {
-        throw Fault{"cannot be made", errno};
+// Gives the file its name once its header is in it, so that a process that is killed leaves none
+// without. Returns false where a file system cannot do that without perhaps replacing another
+// file. By number, because the C library may not have the function.
+bool RecordFile::makeUnseen(std::string_view header) {
+    const std::string unseen = mPath + ".new";
+    open(unseen);
+    try {
+        write(header);
+    } catch (const Fault&) {
+        unlink(unseen.c_str());
+        throw;
     }
-    mDevice = status.st_dev;
-    mInode = status.st_ino;
+    if (syscall(SYS_renameat2, AT_FDCWD, unseen.c_str(), AT_FDCWD, mPath.c_str(),
+                RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    const int error = errno;
+    unlink(unseen.c_str());
+    close();
+    if (error != EINVAL && error != ENOSYS) {
+        throw Fault{"cannot be made", error};
+    }
+    return false;
 }
 
-// Gives the open file its name, which nobody else's may have. By number, because the C library may
-// not have the function.
-void RecordFile::publish(const std::string& path) {
-    if (syscall(SYS_renameat2, AT_FDCWD, path.c_str(), AT_FDCWD, mPath.c_str(), RENAME_NOREPLACE) !=
-        0) {
+void RecordFile::open(const std::string& path) {
+    constexpr int kFlags = O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC | O_WRONLY | O_NOFOLLOW;
+    constexpr mode_t kOwnerOnly = 0600;
+    const int descriptor = ::open(path.c_str(), kFlags, kOwnerOnly);
+    struct stat status {};
+    if (descriptor < 0 || fstat(descriptor, &status) != 0) {
         throw Fault{"cannot be made", errno};
     }
+    mDescriptor = descriptor;
+    mDevice = status.st_dev;
+    mInode = status.st_ino;
 }
 
 bool RecordFile::hasRoomFor(size_t bytes) const {

@@ -50,8 +50,8 @@ class RecordFile {
   private:
     std::string pathOf(uint64_t part) const;
     void setStart();
+    bool makeUnseen(std::string_view header);
     void open(const std::string& path);
-    void publish(const std::string& path);
     void write(std::string_view text);
     bool isStillOurs() const;
     void close();

@@ -50,8 +50,9 @@ pid_t recordingProcess = 0;
 
 // What is to be logged once the write mutex is free.
 struct Notice {
-    std::string begun;      // the path of a new part
-    char ended[1024] = {};  // why the recording has ended
+    std::string begun;  // the path of a new part
+    char ended[1024];   // why the recording has ended; no memory may be left to say it
+    Notice() { ended[0] = '\0'; }
     void log() const {
         if (!begun.empty()) {
             __android_log_print(ANDROID_LOG_INFO, kTag, "recording to %s", begun.c_str());

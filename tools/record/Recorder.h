@@ -53,7 +53,7 @@ class Question {
 
     Frame& mFrame;
     std::mutex* const mOrder;
-    char mShortKey[256];  // keys are short: then no memory is needed
+    char mShortKey[1024];  // needs no memory
     std::string mLongKey;
     std::string_view mKey;
     bool mIsOpen = true;

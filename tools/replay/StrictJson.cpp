@@ -68,22 +68,26 @@ std::string parserText(const json::exception& error) {
 
 }  // namespace
 
-json parseObject(std::string_view text, std::vector<LineError>& errors) {
+json parseObject(std::string_view text, std::vector<LineError>& errors, bool* isJson) {
+    *isJson = false;
     if (text.find('\0') != std::string_view::npos) {  // where the parser would stop reading
         errors.push_back({"line", "contains a zero byte"});
         return nullptr;
     }
     try {
         json value = json::parse(text, StructureCheck());
+        *isJson = true;
         if (value.is_object()) {
             return value;
         }
         errors.push_back({"line", "must be an object"});
     } catch (const Refused& refused) {
+        *isJson = true;
         errors.push_back(refused.error);
     } catch (const json::parse_error& error) {
         errors.push_back({"line", "is not valid JSON at column " + parserText(error)});
     } catch (const json::out_of_range& error) {
+        *isJson = true;
         errors.push_back({"line", parserText(error)});
     }
     return nullptr;

@@ -1,0 +1,313 @@
+// A HAL that does what its first argument says.
+
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <map>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Allocations.h"
+#include "InfoSynchronizerManager.h"
+#include "Service.h"
+
+using namespace camInfosync;
+using Text = std::string;
+
+namespace {
+
+InfoSynchronizerManager& manager() {
+    return InfoSynchronizerManager::getInstance();
+}
+InfoSynchronizerManager& other() {
+    return *static_cast<InfoSynchronizerManager*>(GetInstance());
+}
+Service& service() {
+    return *static_cast<Service*>(dlsym(RTLD_DEFAULT, kService));
+}
+
+template <typename Function>
+void onThreads(int count, Function function) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back(function, i);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+template <typename Number, typename Bits>
+Number numberOf(Bits bits) {
+    Number number;
+    static_assert(sizeof(number) == sizeof(bits));
+    std::memcpy(&number, &bits, sizeof(bits));
+    return number;
+}
+
+// Every operation, with every kind of value.
+void everything() {
+    const float inf = std::numeric_limits<float>::infinity();
+    const auto nan = numberOf<float>(uint32_t{0xffc12345});
+    const Text zero("a\0b", 3);
+    const Text bytes("\xff\x00\xed\xa0\x80", 5);
+    InfoSynchronizerManager& m = manager();
+    m.registerSnapshotRequestRecord("A");
+    m.registerSnapshotRequestRecord(zero);
+    m.registerSnapshotRequestRecord(bytes);
+    m.updateFrameInfo("A", UINT32_MAX, "\"\\\n\x1f\x7f \xc3\xa9 \xf0\x9f\x98\x80", {0, 7}, 1);
+    m.updateRequestInfo("A", INT32_MIN, INT32_MAX, true, UINT64_MAX, {-1, 2}, {});
+    m.updateUIInfo("A", static_cast<RequestType>(INT32_MIN), 2, -3, 0.1F, "\xc0\xaf");
+    m.updateAnchor3aInfo("A", -inf, 100, nan, INT64_MIN);
+    m.updateAnchor3aInfo("A", -0.0F, 100, std::numeric_limits<float>::denorm_min(), INT64_MAX);
+    m.updateAnchorFrame("A", -1);
+    m.updateVndResultInfo("A", 1, 0);
+    m.updateVndResultInfo("A", SnapshotInfo::VendorResultInfo{{-1, "x"}, {2, "\xf8"}});
+    m.updateZuAlgoInfo("A", std::vector<Text>{"hdr:4", "", "\xe0\x80\x80"});
+    m.updateZuAlgoInfo("A", SnapshotInfo::ZuAlgoInfo{{"n"},
+                                                     {{"n", 1e300}},
+                                                     {{"\xfe", -0.0}},
+                                                     {{"n", numberOf<double>(~uint64_t{0})}},
+                                                     {{"n", "OK"}}});
+    m.updateSnapshotErrorInfo("A", "text");
+    m.updateSnapshotErrorInfo("A", nullptr);
+    m.updatePostProcInfo({{"a", 1}, {"b\n", UINT32_MAX}});
+    m.updatePostProcInfo({{"a", 1}, {"\x80", 2}});
+    m.updateSnapshotTimeInfo("A", 2U);
+    m.updateSnapshotTimeInfo("A", std::map<Text, int64_t>{{"1request_to_zuhal", INT64_MIN}});
+    m.updateNodeProcTime("A", "n", 0.1, -1.0, std::numeric_limits<double>::infinity());
+    m.updateNodeProcState("A", "n", 3);
+    m.updateNodeProcState("A", std::map<Text, Text>{{"n", "OK"}, {"\xf4\x90\x80\x80", ""}});
+    m.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    m.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(-7));
+    m.unregisterSnapshotRequestRecord(bytes);
+    void* out = nullptr;
+    m.request(INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &out);
+    m.request(INFO_SYNC_TYPE_CMD, "key", nullptr);
+    m.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
+    RequestRecord record = *m.mRequestRecordQueue->records.at("A");
+    record.createTime = {1, 2};
+    record.snapshotInfo.timeInfo = {{"3result_from_vendor", 5}};
+    m.request(INFO_SYNC_TYPE_COLLECT, &record, nullptr);
+    m.request(INFO_SYNC_TYPE_COLLECT_ALT, nullptr, nullptr);
+    m.request(static_cast<InfoSyncType>(7), "not read", &out);
+    other().registerSnapshotRequestRecord("B");
+    other().updateAnchorFrame("B", 1);
+    other().request(INFO_SYNC_TYPE_CMD, "key", &out);
+    InfoSynchronizerManager own;
+    own.registerSnapshotRequestRecord("C");
+    own.updateAnchorFrame("C", 1);
+    own.updateAnchorFrame("C", 2);
+}
+
+// The last effects on what eight threads change.
+void order() {
+    const auto image = [](int i) { return "image-" + std::to_string(i % 3); };
+    onThreads(8, [&](int thread) {
+        for (int i = 0; i < 300; ++i) {
+            manager().registerSnapshotRequestRecord(image(i));
+            manager().updateAnchorFrame(image(i), thread * 1000 + i);
+            other().updatePostProcInfo({{"last", thread * 1000 + i}});
+            if (i % 3 != 0) {
+                manager().unregisterSnapshotRequestRecord(image(thread + i));
+            }
+        }
+    });
+    for (const auto& [name, record] : manager().mRequestRecordQueue->records) {
+        std::printf("%s %d\n", name.c_str(), record->snapshotInfo.requestInfo.anchorFrame);
+    }
+    std::printf("last %u\n", other().mRequestRecordQueue->postProcInfo.at("last"));
+}
+
+// A service that works with the library while it is asked, changes its mind, and throws.
+void nested() {
+    int questions = 0;
+    service().answer = [&]() -> Text {
+        switch (++questions) {
+            case 2:
+                manager().updateAnchorFrame("A", 1);
+                break;
+            case 3:
+                std::thread([] { manager().updateAnchorFrame("A", 2); }).join();
+                break;
+            case 4:
+                return "disabled";
+            case 6:
+                throw std::runtime_error("thrown");
+            default:
+                break;
+        }
+        return "enabled";
+    };
+    for (const char* name : {"A", "B", "C", "D", "E", "F"}) {
+        try {
+            manager().registerSnapshotRequestRecord(name);
+        } catch (const std::runtime_error& error) {
+            std::printf("%s\n", error.what());
+        }
+    }
+    service().answer = nullptr;
+    service().report = [] {
+        other().updateAnchorFrame("A", 3);
+        throw 5;
+    };
+    try {
+        manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    } catch (int error) {
+        std::printf("%d\n", error);
+    }
+    service().report = nullptr;
+    manager().updateAnchorFrame("A", 4);
+}
+
+// Calls without end from eight threads.
+void load() {
+    manager().registerSnapshotRequestRecord("first");
+    std::puts("begun");
+    std::fflush(stdout);
+    onThreads(8, [](int thread) {
+        for (uint64_t i = 0;; ++i) {
+            const Text image = "image-" + std::to_string(thread) + std::to_string(i % 7);
+            manager().registerSnapshotRequestRecord(image);
+            manager().updateSnapshotErrorInfo(image, Text(i % 200, 'x').c_str());
+            manager().unregisterSnapshotRequestRecord(image);
+        }
+    });
+}
+
+// Calls until both files have been in turn; no more than the limit on the disk at any time.
+void turns() {
+    const char* folder = std::getenv("INFOSYNC_RECORD");
+    manager().updateAnchorFrame("first", 1);
+    for (int i = 0; i < 900; ++i) {
+        const Text image = "image-" + std::to_string(i) + Text(i < 300 ? 100 : 0, 'x');
+        manager().registerSnapshotRequestRecord(image);
+        if (i % 90 != 0) {
+            manager().unregisterSnapshotRequestRecord(image);
+        }
+        uintmax_t bytes = 0;
+        for (const auto& file : std::filesystem::directory_iterator(folder)) {
+            bytes += file.file_size();
+        }
+        if (bytes > 65536) {
+            std::printf("%ju bytes\n", bytes);
+        }
+    }
+}
+
+// More than a file can hold: a text, and names that are still registered.
+void many() {
+    manager().registerSnapshotRequestRecord("A");
+    for (int i = 0; i < 300; ++i) {
+        manager().registerSnapshotRequestRecord("B-" + std::to_string(i) + Text(100, 'x'));
+    }
+    manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
+}
+
+void tenCalls() {
+    for (int i = 1; i <= 10; ++i) {
+        manager().updateAnchorFrame("A", i);
+    }
+    std::puts("ten");
+}
+
+void forked() {
+    manager().updateAnchorFrame("A", 1);
+    const pid_t child = fork();
+    if (child == 0) {
+        manager().updateAnchorFrame("A", 2);
+        _exit(0);  // in a child the library itself cannot end: its worker is not there
+    }
+    int status = 1;
+    waitpid(child, &status, 0);
+    manager().updateAnchorFrame("A", 3);
+    std::printf("%d\n", status);
+}
+
+// Prints the allocations of warm calls; then one fails in the recorder, and one in the library.
+void memory() {
+    const auto round = [] {
+        const Text image = "image" + Text(900, 'x');
+        manager().registerSnapshotRequestRecord(image);
+        manager().updateFrameInfo(image, 1, image, {1, 2}, 3);
+        manager().updateNodeProcTime(image, image, 1, 2, 3);
+        manager().updateSnapshotErrorInfo(image, image.c_str());
+        manager().snapshotRequestInfoFlush(image, INFO_SYNC_TYPE_COLLECT);
+        manager().unregisterSnapshotRequestRecord(image);
+    };
+    round();
+    round();
+    constexpr int kPlenty = 1000000;
+    allocations::left = kPlenty;
+    round();
+    std::printf("%d\n", kPlenty - allocations::left);
+    try {
+        allocations::left = 0;
+        manager().registerSnapshotRequestRecord("short");
+    } catch (const std::bad_alloc&) {
+        allocations::left = -1;
+        std::puts("bad_alloc");
+    }
+    Text unknown(100000, 'x');
+    allocations::left = 0;
+    manager().updateAnchorFrame(std::move(unknown), 1);
+    allocations::left = -1;
+    manager().updateAnchorFrame("after", 1);
+}
+
+void untouched() {
+    tenCalls();
+    std::puts(InfoSynchronizer::mIntentAwareImpl == service().object ? "untouched" : "touched");
+}
+
+// The library closes the overlap library after the recorder's end.
+void late() {
+    static InfoSynchronizerManager* const lateManager = new InfoSynchronizerManager;
+    service().end = [] {
+        lateManager->request(static_cast<InfoSyncType>(7), nullptr, nullptr);
+        std::puts("late");
+    };
+    tenCalls();
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
+    const std::map<Text, void (*)()> deeds = {{"everything", everything},
+                                              {"order", order},
+                                              {"nested", nested},
+                                              {"load", load},
+                                              {"turns", turns},
+                                              {"tenCalls", tenCalls},
+                                              {"forked", forked},
+                                              {"memory", memory},
+                                              {"untouched", untouched},
+                                              {"late", late},
+                                              {"many", many}};
+    const auto deed = deeds.find(what);
+    if (deed == deeds.end()) {
+        return 2;
+    }
+    deed->second();
+    return 0;
+}
+
+#ifdef INFOSYNC_TEST_LINKED
+int main(int /*argc*/, char** argv) {
+    return runHal(argv[1]);
+}
+#endif

@@ -1,0 +1,33 @@
+// Loads a HAL with local scope, runs it and closes it: Loader KEPT HAL WHAT. KEPT is loaded before
+// and stays: the service's place in it must then be as before.
+
+#include <dlfcn.h>
+
+#include <cstdio>
+
+namespace {
+
+int fail() {
+    std::puts(dlerror());
+    return 1;
+}
+
+}  // namespace
+
+int main(int /*argc*/, char** argv) {
+    void* const kept = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
+    if (kept == nullptr) {
+        return fail();
+    }
+    auto** const place = static_cast<void**>(
+            dlsym(kept, "_ZN11camInfosync16InfoSynchronizer16mIntentAwareImplE"));
+    const void* const before = place != nullptr ? *place : nullptr;
+    void* const hal = dlopen(argv[2], RTLD_NOW | RTLD_LOCAL);
+    if (hal == nullptr) {
+        return fail();
+    }
+    const int result = reinterpret_cast<int (*)(const char*)>(dlsym(hal, "runHal"))(argv[3]);
+    dlclose(hal);
+    std::puts(place == nullptr || *place == before ? "closed" : "the service's place is taken");
+    return result;
+}
