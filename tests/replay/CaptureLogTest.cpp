@@ -2,7 +2,9 @@
 
 #include "CaptureLog.h"
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <tuple>
@@ -43,13 +45,15 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
                R"("reqValue64":18446744073709551615,"expectedResultIds":[9,10])"),
           call("updateUIInfo", R"("requestType":-11,"camMode":12,"faceDetect":13,)"
                                R"("zoomRatio":1.5,"uiExtra":"\u0000x")"),
-          call("updateAnchor3aInfo",
-               R"("fstop":2,"iso":14,"lux":2.5,"exposureTime":-9223372036854775808)"),
+          call("updateAnchor3aInfo", R"("fstop":-0.0,"iso":14,"lux":"nan:0xffa00001",)"
+                                     R"("exposureTime":-9223372036854775808)"),
           call("updateAnchorFrame", R"("anchorFrame":15)"),
           call("updateVndResultInfo", R"("vendorResultInfo":{"-7":"seven"})"),
-          call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":1},)"
-                                   R"("algoTimeB":{"b":2},"algoTimeC":{"c":3e0}})"),
-          call("updateSnapshotTimeInfo", R"("stage":0)"),
+          call("updateVndResultInfo", R"("resultId":8,"errorCode":"error_result")"),
+          call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":"-inf"},)"
+                                   R"("algoTimeB":[[{"hex":"ff00C3"},2]],"algoTimeC":{"c":3e0}})"),
+          call("updateNodeProcState", R"("node":"n","state":"GetOutputError")"),
+          call("updateSnapshotTimeInfo", R"("stage":"1request_to_zuhal")"),
           call("updateSnapshotTimeInfo", R"("timeInfo":{"15shot_2_view":19})"),
           R"({"call":"updatePostProcInfo","postProcInfo":{"p":20}})"});
     const auto& queue = *InfoSynchronizerManager::getInstance().mRequestRecordQueue;
@@ -64,11 +68,17 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
     EXPECT_EQ((std::vector<int32_t>{9, 10}), expected);
     EXPECT_EQ(std::tuple(-11, std::string("\0x", 2), 1.5F, INT64_MIN),
               std::tie(info.requestType, info.uiExtra, info.zoomRatio, info.exposureTime));
-    EXPECT_EQ((std::map<int32_t, std::string>{{-7, "seven"}}), info.vendorResultInfo);
-    EXPECT_EQ((std::tuple(std::vector<std::string>{"a"}, Times{{"a", 1}}, Times{{"b", 2}},
-                          Times{{"c", 3}})),
+    EXPECT_EQ((std::map<int32_t, std::string>{
+                      {-7, "seven"}, {8, "error_result"}, {9, "not_return"}, {10, "not_return"}}),
+              info.vendorResultInfo);
+    EXPECT_TRUE(std::signbit(info.fstop));
+    uint32_t bits = 0;
+    std::memcpy(&bits, &info.lux, sizeof(bits));
+    EXPECT_EQ(0xffa00001U, bits);
+    EXPECT_EQ((std::tuple(std::vector<std::string>{"a"}, Times{{"a", -INFINITY}},
+                          Times{{std::string("\xff\0\xc3", 3), 2}}, Times{{"c", 3}})),
               std::tie(algoList, timeA, timeB, timeC));
-    EXPECT_TRUE(state.empty());
+    EXPECT_EQ((std::map<std::string, std::string>{{"n", "GetOutputError"}}), state);
     EXPECT_EQ((std::map<std::string, int64_t>{{"15shot_2_view", 19}, {"1request_to_zuhal", -1}}),
               info.timeInfo);
     EXPECT_EQ((std::map<std::string, uint32_t>{{"p", 20}}), queue.postProcInfo);

@@ -34,7 +34,7 @@ class Reports(ReplayTest):
         self.play("night-shot")
 
     def test_switched_off(self):
-        self.play("switched-off", "--property=persist.vendor.camera.camquill.supported=false")
+        self.play("switched-off")
 
     def test_hostile_names(self):
         self.play("hostile-names")

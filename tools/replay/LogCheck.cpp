@@ -63,12 +63,12 @@ class Check {
     }
 
     void showNotes() const {
-        const std::string& log = printable(mReader.log().name());
+        const std::string log = printable(mReader.log().name());
         if (mCutLine != 0) {
             std::cerr << log << ':' << mCutLine
                       << ": the last line is cut off and left out; the recording ended there\n";
         }
-        if (mCutCalls != 0 || !mReader.header().cut.empty()) {
+        if (mCutCalls != 0 || mReader.header().moreCut != 0) {
             showCutImages(log);
         }
         if (mOmittedCalls != 0) {
@@ -199,7 +199,7 @@ class Check {
         for (size_t i = first; i < calls.size(); ++i) {
             std::cerr << log << ':' << calls[i].line << ": " << calls[i].operation << " on thread "
                       << printable(calls[i].thread) << " (" << calls[i].tid
-                      << ") may not have returned: the recording has no end\n";
+                      << ") may not have returned when the file ends\n";
         }
     }
 
