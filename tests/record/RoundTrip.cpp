@@ -237,7 +237,9 @@ int play(const Text& path, const Text& folder, const char* player) {
     ReplayOptions options;
     options.path = path;
     options.log = &log;
-    options.header = replay::readLogHeader(log);
+    if (!replay::readHeader(log, options.header)) {
+        return 2;
+    }
     options.json = folder + "/calls.jsonl";
     options.quiet = true;
     return entry(&options);
