@@ -3,10 +3,10 @@
 #include <array>
 #include <atomic>
 #include <functional>
-#include <future>
 #include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -47,10 +47,12 @@ class Fault : public testing::Test {
     static RequestRecordQueue& queue() { return *manager().mRequestRecordQueue; }
 
     static bool mutexIsFree() {
-        const auto tryLock = [] {
-            return std::unique_lock(queue().mutex, std::try_to_lock).owns_lock();
-        };
-        return std::async(std::launch::async, tryLock).get();
+        bool isFree = false;
+        // Unlike with std::async, nothing of the thread is in use once it is joined.
+        std::thread([&isFree] {
+            isFree = std::unique_lock(queue().mutex, std::try_to_lock).owns_lock();
+        }).join();
+        return isFree;
     }
 
     static void registerImage() {

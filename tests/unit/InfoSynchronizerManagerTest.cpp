@@ -165,12 +165,7 @@ TEST_F(Manager, ServiceMayThrowFromEachCall) {
     queue.emplace_back("A");
     SnapshotInfo::ZuAlgoInfo& algo = queue.records["A"]->snapshotInfo.zuAlgoInfo;
     algo.algoTimeA = algo.algoTimeC = {{"node", 1.0}};
-    int left = 0;
-    doubles::onCall = [&left](const auto& /*call*/) {
-        if (--left < 0) {
-            throw std::runtime_error("service");
-        }
-    };
+    doubles::onCall = [](const auto& /*call*/) { throw std::runtime_error("service"); };
     void* out = this;
     EXPECT_THROW(manager.request(INFO_SYNC_TYPE_CMD, kCommand, &out), std::runtime_error);
     EXPECT_THROW(manager.request(INFO_SYNC_TYPE_COLLECT_ALT, &record, &out), std::runtime_error);
@@ -178,7 +173,11 @@ TEST_F(Manager, ServiceMayThrowFromEachCall) {
     EXPECT_THROW(manager.unregisterSnapshotRequestRecord("A"), std::runtime_error);
     // The query, eight parameters, the submit event, the node's two events, the closing call.
     for (int made = 0; made < 13; ++made) {
-        left = made;
+        doubles::onCall = [left = made](const auto& /*call*/) mutable {
+            if (left-- == 0) {
+                throw std::runtime_error("service");
+            }
+        };
         EXPECT_THROW(flush("A"), std::runtime_error) << made;
         ASSERT_TRUE(isFree());
     }
