@@ -1,21 +1,28 @@
 // Turns bytes into operations on a few images, with any texts and numbers, and compares the
-// library with a model after each of them.
+// library with a model after each of them. The recorder stands in front of the library: what it
+// has written of an operation is read back and played on a second queue, which must then hold the
+// same.
 //
 // A few bytes select an image and an operation (Trial::run), the next ones draw the
 // operation's arguments, until no bytes are left. A value that the library only has to store is
 // drawn into the model's record and given to the library from there (Trial::update).
 
 #include <android/log.h>
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <iterator>
+#include <sstream>
 #include <utility>
 
 #include <zudebug/Log.h>
 
+#include "CaptureLog.h"
 #include "Check.h"
 #include "InfoSynchronizerManager.h"
 #include "RecordModel.h"
@@ -46,10 +53,22 @@ class Service final : public doubles::CallService {
     }
 };
 
+// What the recorder has written since the last time.
+std::string takeRecording() {
+    static const int file = [] {
+        const std::filesystem::directory_iterator folder(std::getenv("INFOSYNC_RECORD"));
+        return open(folder->path().c_str(), O_RDWR | O_CLOEXEC);
+    }();
+    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
+    FUZZ_CHECK(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    FUZZ_CHECK(ftruncate(file, 0) == 0);  // the recorder appends
+    return text;
+}
+
 // One input: what it does, and what must come of it.
 class Trial {
   public:
-    Trial(const uint8_t* bytes, size_t size) : mSource(bytes, size) {
+    Trial(const uint8_t* bytes, size_t size) : mSource(bytes, size), mPlays(size % 4 == 0) {
         InfoSynchronizer::mIntentAwareImpl = &mService;
         clockTime = {};
         mManager.mRequestRecordQueue = std::make_shared<RequestRecordQueue>();
@@ -58,6 +77,7 @@ class Trial {
         // One record exists from the beginning, and is found by its key and by its frame's name.
         mManager.registerSnapshotRequestRecord(mName);
         mRecords.try_emplace(mName, newRecord());
+        playRecording();
         mService.mReceived.clear();
     }
 
@@ -73,16 +93,22 @@ class Trial {
             ++clockTime.tv_sec;
             mName = mSource.pick(4) == 0 ? mSource.any(kNames) : mName;
             (this->*mSource.any(kOperations))();
-            compare();
+            FUZZ_CHECK(mService.mReceived.empty());
+            compare(*mManager.mRequestRecordQueue);
+            if (mPlays) {
+                playRecording();
+                FUZZ_CHECK(std::exchange(mService.mReceived, {}) == std::exchange(mServed, {}));
+                compare(*mPlayed);
+            }
         }
+        takeRecording();                             // of what was not played
         for (const auto& [text, copy] : mAnswers) {  // none is overwritten or freed
             FUZZ_CHECK(text == copy);
         }
     }
 
   private:
-    void compare() {
-        RequestRecordQueue& queue = *mManager.mRequestRecordQueue;
+    void compare(RequestRecordQueue& queue) {
         FUZZ_CHECK(queue.mutex.try_lock());
         FUZZ_CHECK(queue.records.size() == mRecords.size());
         FUZZ_CHECK(queue.errorImageNames == mFailed);
@@ -91,7 +117,28 @@ class Trial {
             FUZZ_CHECK(contentOf(*record) == contentOf(mRecords.at(name)));
         }
         queue.mutex.unlock();
-        FUZZ_CHECK(mService.mReceived.empty());
+    }
+
+    // Plays what was recorded of the last operation, before the same service.
+    void playRecording() {
+        std::istringstream lines(takeRecording());
+        mService.mReceived.clear();
+        std::swap(mManager.mRequestRecordQueue, mPlayed);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.rfind("{\"n\"", 0) != 0) {
+                continue;  // the header
+            }
+            std::vector<replay::LineError> errors;
+            const replay::CaptureStep step =
+                    replay::readCaptureLine(line, "", errors, replay::LineRules::kUnderHeader);
+            FUZZ_CHECK(errors.empty());
+            try {
+                step.run(mManager);
+            } catch (const Call&) {
+            }
+        }
+        std::swap(mManager.mRequestRecordQueue, mPlayed);
+        takeRecording();
     }
 
     // The model's record that an update changes; without one, a record that nobody looks at.
@@ -140,7 +187,8 @@ class Trial {
         }
         FUZZ_CHECK(threw == (mService.mLastCall <= calls.size()));
         calls.resize(std::min(calls.size(), mService.mLastCall));
-        FUZZ_CHECK(std::exchange(mService.mReceived, {}) == calls);
+        FUZZ_CHECK(mService.mReceived == calls);
+        mServed = std::exchange(mService.mReceived, {});
         return !threw;
     }
 
@@ -148,7 +196,7 @@ class Trial {
     void changeSurroundings() {
         int32_t seconds = 0;
         mSource.draw(seconds, mService.mAnswer);
-        clockTime = {seconds, mSource.ConsumeIntegralInRange(0, 999999999)};
+        clockTime = {seconds + (int64_t{1} << 31), mSource.ConsumeIntegralInRange(0, 999999999)};
         const int kind = mSource.range(0, 15);
         if (kind < 11) {
             mService.mAnswer = kind < 9 ? "enabled" : "enabled" + mService.mAnswer;
@@ -330,7 +378,10 @@ class Trial {
     Source mSource;
     Service mService;
     Manager& mManager = Manager::getInstance();
-    std::string mName;  // the image that the operation is about
+    std::shared_ptr<RequestRecordQueue> mPlayed = std::make_shared<RequestRecordQueue>();
+    const bool mPlays;          // not for all inputs: playing takes most of the time
+    std::vector<Call> mServed;  // what the operation's calls to the service were
+    std::string mName;          // the image that the operation is about
     std::map<std::string, RequestRecord> mRecords;
     RequestRecord mNobody = newRecord();
     std::vector<std::string> mFailed;
