@@ -136,7 +136,6 @@ namespace doubles {
 Test::Test() {
     onQuery = nullptr;
     onCall = nullptr;
-    onLog = nullptr;
     threadsLeft = -1;
     clockStopped = false;
     zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
@@ -146,6 +145,7 @@ Test::Test() {
 }
 
 void Test::TearDown() {
+    onLog = nullptr;  // the library logs until the process has ended
     clockStopped = false;
     const auto* info = testing::UnitTest::GetInstance()->current_test_info();
     const std::vector<std::string> expected = expectedLines(info->test_suite_name(), info->name());

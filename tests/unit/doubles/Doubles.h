@@ -39,7 +39,7 @@ void note(const std::string& name, const Value& value) {
 // Takes the journal away, so that it is not compared.
 std::vector<std::string> takeJournal();
 
-// Set by a test, and undone before the next.
+// Set by a test, and undone before the next; onLog at its end.
 extern std::function<std::string(const std::string& key)> onQuery;
 extern std::function<void(const Call& call)> onCall;  // in every call, before its answer
 extern std::function<void()> onLog;                   // in every message
