@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <sys/types.h>
 #include <time.h>
 #include <unistd.h>
 
