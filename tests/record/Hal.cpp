@@ -1,6 +1,7 @@
 // A HAL that does what its first argument says.
 
 #include <dlfcn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -219,6 +220,7 @@ void many() {
 }
 
 void tenCalls() {
+    prctl(PR_SET_NAME, "ten calls");
     for (int i = 1; i <= 10; ++i) {
         manager().updateAnchorFrame("A", i);
     }
