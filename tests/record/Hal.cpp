@@ -5,8 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cmath>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -223,6 +222,7 @@ void tenCalls() {
     prctl(PR_SET_NAME, "ten calls");
     for (int i = 1; i <= 10; ++i) {
         manager().updateAnchorFrame("A", i);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     std::puts("ten");
 }

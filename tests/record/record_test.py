@@ -213,7 +213,8 @@ class Record(RecordTest):
                 ("interrupted", 10, None), ("short", 10, None), ("rename", 10, None),
                 ("full 6", 4, "No space left on device"),
                 ("full 1", 0, "No space left on device"),
-                ("closed 5", 4, "Bad file descriptor"), ("reused 5", 4, "closed by somebody else"),
+                ("closed 5", 4, "closed by somebody else"), ("reused 5", 4, "closed by somebody else"),
+                ("same place 5", 4, "closed by somebody else"),
                 ("refused", 0, "Permission denied")]:
             with self.subTest(fault=fault):
                 self.assertEqual(["ten"], self.run_hal(
