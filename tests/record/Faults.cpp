@@ -53,18 +53,20 @@ int openFile(const char* path, int flags, mode_t mode) {
     return descriptor;
 }
 
-// The recorder looks, before each line, whether the file is still its own.
+// The recorder looks, before each line, whether the file is still its own: by how far it has come,
+// and now and then by its identity.
 off_t lseek(int descriptor, off_t offset, int whence) noexcept {
     const auto position = real<off_t>("lseek", descriptor, offset, whence);
     if (descriptor == recording && fails("closed", writes)) {
         close(descriptor);
-    } else if (descriptor == recording && fails("reused", writes)) {
-        dup2(openFile(std::getenv("ANOTHER"), O_CREAT | O_RDWR, 0600), descriptor);
-    } else if (descriptor == recording && fails("same place", writes)) {
-        // As far on as the recording: it is known by its identity alone.
-        const int another = openFile(std::getenv("ANOTHER"), O_CREAT | O_RDWR, 0600);
-        real<off_t>("lseek", another, position, SEEK_SET);
-        dup2(another, descriptor);
+    }
+    const bool isAsFar = fails("same place", writes);
+    if (descriptor == recording && (isAsFar || fails("reused", writes))) {
+        const int another = openFile("another", O_CREAT | O_RDWR, 0600);
+        if (another >= 0) {
+            real<off_t>("lseek", another, isAsFar ? position : 0, SEEK_SET);
+            dup2(another, descriptor);
+        }
     }
     return real<off_t>("lseek", descriptor, offset, whence);
 }

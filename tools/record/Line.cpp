@@ -1,5 +1,7 @@
 #include "Line.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -7,9 +9,10 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <utility>
+
+#include "RequestRecord.h"
 
 namespace recording {
 namespace {

@@ -1,14 +1,15 @@
 #include "Lines.h"
 
 #include <sys/prctl.h>
+#include <sys/types.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
+
+#include "Line.h"
 
 namespace recording {
 namespace {

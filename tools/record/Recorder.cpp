@@ -13,11 +13,14 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <android/log.h>
 
 #include "InfoSynchronizer.h"
+#include "Lines.h"
+#include "Order.h"
+#include "RecordFile.h"
+#include "Recording.h"
 #include "ServiceProxy.h"
 #include "Settings.h"
 #include "Tag.h"

@@ -7,6 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "Lines.h"
+#include "Order.h"
+#include "RecordFile.h"
+#include "Settings.h"
+
 namespace recording {
 namespace {
 
