@@ -86,10 +86,10 @@ inline constexpr size_t kMemberCount<FlatRecord> = 7;
 }  // namespace flat
 
 // Hold a capture with all stages and eight nodes, whose names may have 30 characters, without an
-// allocation. Both lie on the stack of the thread that flushes, which is 1 MiB unless its maker
-// chose otherwise, and never less than 16 KiB.
+// allocation. Both lie on the stack of the thread that flushes: 7 KiB of the 1 MiB that a thread
+// has unless its maker chose otherwise.
 using RecordCopy = FlatCopy<FlatRecord, 4096>;
 using AlgorithmCopy = FlatCopy<FlatZuAlgoInfo, 2560>;
-static_assert(sizeof(RecordCopy) + sizeof(AlgorithmCopy) <= 7 * 1024);
+static_assert(sizeof(RecordCopy) + sizeof(AlgorithmCopy) <= 7168);
 
 }  // namespace camInfosync
