@@ -75,8 +75,9 @@ constexpr size_t aligned(size_t size) {
 // the memory that the original takes, and no original takes half of all addresses.
 class Sizes {
   public:
-    size_t lists() const { return mLists; }
-    size_t all() const { return mLists + mTexts; }
+    // With room for the last alignment, which the second pass never goes past.
+    size_t lists() const { return aligned(mLists); }
+    size_t all() const { return lists() + mTexts; }
 
     std::string_view addText(std::string_view text) {
         mTexts += text.size();

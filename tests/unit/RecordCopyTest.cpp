@@ -94,8 +94,12 @@ TEST_F(CopyOfRecord, HoldsEverythingAndNeedsNothingOfTheOriginal) {
     info.timeInfo = {{"32", 33}};
     record.reserved64 = 34;
     algo = {{"a:b"}, {{"n", 35}}, {{"n", 36}}, {{"n", 37}}, {{"n", "38"}}};
-    for (int i = 0; i <= 10000; i += 10000) {
-        algo.algoList.resize(i + 1);
+    for (const int nodes : {1, 10000}) {
+        for (int i = 1; i < nodes; ++i) {  // with equal keys in all maps
+            const std::string node = std::to_string(i);
+            algo.algoTimeA[node] = algo.algoTimeB[node] = algo.algoTimeC[node] = i;
+            algo.algoState[node] = algo.algoList.emplace_back(node);
+        }
         auto original = std::make_unique<RequestRecord>(record);
         const RecordCopy copy(*original);
         original.reset();
