@@ -1,5 +1,6 @@
 #include "CaptureLog.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -74,7 +75,7 @@ void readOrigin(const json& line, std::string_view numberField, CaptureStep& ste
                 errors.add(Path{nullptr, field}, "is missing");
             }
         }
-    } else if (line.contains("thread") && line["thread"] == "") {
+    } else if (line.contains("thread") && line["thread"].is_string() && step.thread.empty()) {
         errors.add(Path{nullptr, "thread"}, "must not be empty");
     }
 }

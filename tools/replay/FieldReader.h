@@ -91,7 +91,7 @@ bool readSpecial(std::string_view text, Float& out) {
     const auto [stop, error] = std::from_chars(text.data() + kNan.size(), end, bits, 16);
     Float number = 0;
     std::memcpy(&number, &bits, sizeof(number));
-    if (error != std::errc() || stop != end || number == number) {
+    if (error != std::errc() || stop != end || !std::isnan(number)) {
         return false;
     }
     std::memcpy(&out, &bits, sizeof(out));

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace replay {
 namespace {

@@ -1,5 +1,6 @@
 #include "LogHeader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -9,13 +10,14 @@
 #include <system_error>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "FieldErrors.h"
 #include "FieldReader.h"
 #include "InputKind.h"
 #include "LineError.h"
 #include "LogFile.h"
+#include "Printable.h"
 #include "StrictJson.h"
 
 namespace replay {
@@ -26,7 +28,7 @@ constexpr std::string_view kBeginning = "{\"format\":";
 constexpr uint32_t kMajor = 1;
 
 // Reads "MAJOR.MINOR". Returns whether `text` is that.
-bool readVersion(std::string_view text, uint32_t& major) {
+bool readVersion(const std::string& text, uint32_t& major) {
     uint32_t minor = 0;
     const char* end = text.data() + text.size();
     const auto first = std::from_chars(text.data(), end, major);

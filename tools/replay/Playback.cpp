@@ -106,26 +106,12 @@ Playback::Playback(StepReader& reader, const LogFacts& facts, const ReplayOption
     : mReader(reader),
       mFacts(facts),
       mOptions(options),
-      mSetAnswers(setAnswers),
       mAround(std::move(around)),
       mInOrder(reader.header().exists() && !options.free),
       mManager(InfoSynchronizerManager::getInstance()),
       mFilter(reader.header(), options.images),
-      mAnswers(options.answer) {
-    if (mSetAnswers != nullptr) {
-        mSetAnswers([this](const std::string& key) { return answer(key); });
-    }
-}
-
-Playback::~Playback() {
-    try {
-        mThreads.wait();
-    } catch (...) {  // what play has thrown came first
-    }
-    if (mSetAnswers != nullptr) {
-        mSetAnswers(nullptr);
-    }
-}
+      mAnswers(options.answer),
+      mAnswering(setAnswers, [this](const std::string& key) { return answer(key); }) {}
 
 void Playback::play(Progress& progress) {
     for (uint32_t round = 1; round <= mOptions.repeat; ++round) {
@@ -204,7 +190,8 @@ void Playback::makeCall(const CaptureStep& step, bool awaitsAnswer) {
         const CallInProgress inProgress(step, awaitsAnswer);
         try {
             step.run(manager);
-        } catch (const ServiceThrew&) {  // as it did when it was recorded
+        } catch (const ServiceThrew&) {
+            return;  // as it did when it was recorded
         }
     });
     if (CallInProgress* outer = CallInProgress::current(); outer != nullptr) {
@@ -241,13 +228,14 @@ std::string Playback::answer(const std::string& key) {
     mThreads.pause([call] { return call->answer().has_value(); });
     call->stopWaiting();  // if it was the log's end that ended the pause
     call->pretend();
-    if (!call->answer() || mAnswers.areFixed() || call->answer()->key != key) {
+    const auto& answer = call->answer();
+    if (!answer || mAnswers.areFixed() || answer->key != key) {
         return mAnswers.of(key);
     }
-    if (call->answer()->threw) {
+    if (answer->threw) {
         throw ServiceThrew();
     }
-    return call->answer()->text;
+    return answer->text;
 }
 
 }  // namespace replay

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "CallFilter.h"
 #include "CaptureLog.h"
@@ -40,7 +41,7 @@ class Playback {
     // All references must outlive this. `setAnswers` is the service's; null if there is none.
     Playback(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
              SetAnswers* setAnswers, Around around);
-    ~Playback();
+    ~Playback() = default;
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
@@ -52,6 +53,26 @@ class Playback {
     uint64_t flushes() const { return mFlushes; }
 
   private:
+    // Lets somebody answer for the service, for as long as it lives.
+    class Answering {
+      public:
+        Answering(SetAnswers* set, AnswerQuestion answer) : mSet(set) {
+            if (mSet != nullptr) {
+                mSet(std::move(answer));
+            }
+        }
+        ~Answering() {
+            if (mSet != nullptr) {
+                mSet(nullptr);
+            }
+        }
+        Answering(const Answering&) = delete;
+        Answering& operator=(const Answering&) = delete;
+
+      private:
+        SetAnswers* const mSet;
+    };
+
     void playRound(uint64_t doneBefore, Progress& progress);
     [[noreturn]] void throwChanged() const;
     void playStep(CaptureStep step);
@@ -64,7 +85,6 @@ class Playback {
     StepReader& mReader;
     const LogFacts& mFacts;
     const ReplayOptions& mOptions;
-    SetAnswers* const mSetAnswers;
     const Around mAround;
     const bool mInOrder;
     camInfosync::InfoSynchronizerManager& mManager;
@@ -73,6 +93,7 @@ class Playback {
     std::optional<Pace> mPace;
     uint64_t mCalls = 0;
     uint64_t mFlushes = 0;
+    Answering mAnswering;  // before the threads, and so longer
     NamedThreads mThreads;
 };
 

@@ -23,6 +23,7 @@
 #include "Printable.h"
 #include "Progress.h"
 #include "ReplayOptions.h"
+#include "ServiceAnswers.h"
 #include "ServiceReport.h"
 #include "StepReader.h"
 #include "Totals.h"

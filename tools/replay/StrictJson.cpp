@@ -94,9 +94,9 @@ json parseObject(std::string_view text, std::vector<LineError>& errors, bool* is
     }
     StructureCheck check;
     json::sax_parse(text, &check);
-    if (check.error()) {
+    if (const auto& error = check.error(); error) {
         *isJson = true;
-        errors.push_back(*check.error());
+        errors.push_back(*error);
         return nullptr;
     }
     try {
