@@ -42,7 +42,7 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
                R"("reqValueA":-6,"reqValueB":7,"reqFlag":true,"reqIdsA":[8],)"
                R"("reqValue64":18446744073709551615,"expectedResultIds":[9,10])"),
           call("updateUIInfo", R"("requestType":-11,"camMode":12,"faceDetect":13,)"
-                               R"("zoomRatio":1.5,"uiExtra":"\u0000x")"),
+                               R"("zoomRatio":7.038531e-26,"uiExtra":"\u0000x")"),
           call("updateAnchor3aInfo", R"("fstop":-0.0,"iso":14,"lux":"nan:0xffa00001",)"
                                      R"("exposureTime":-9223372036854775808)"),
           call("updateAnchorFrame", R"("anchorFrame":15)"),
@@ -61,7 +61,7 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
     SnapshotInfo& info = expected.snapshotInfo;
     info.requestType = static_cast<RequestType>(-11);
     info.uiExtra = std::string("\0x", 2);
-    info.zoomRatio = 1.5F;
+    info.zoomRatio = 7.038531e-26F;  // another one if it is rounded to a double first
     info.exposureTime = INT64_MIN;
     info.fstop = -0.0F;
     const uint32_t luxBits = 0xffa00001U;
