@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -313,6 +314,31 @@ void late() {
     tenCalls();
 }
 
+// The process ends while eight threads call.
+void exiting() {
+    static InfoSynchronizerManager* const lateManager = new InfoSynchronizerManager;
+    static std::atomic<int> calls{0};
+    for (int i = 0; i < 8; ++i) {
+        std::thread([] {
+            for (;; ++calls) {
+                lateManager->request(static_cast<InfoSyncType>(7), nullptr, nullptr);
+            }
+        }).detach();
+    }
+    while (calls < 1000) {
+        std::this_thread::yield();
+    }
+}
+
+// A HAL looks at errno after it has told the library that something failed.
+void failing() {
+    for (int i = 0; i < 10; ++i) {
+        errno = EXDEV;
+        manager().registerSnapshotRequestRecord("A");
+        std::printf("%d\n", errno == EXDEV ? 1 : 0);
+    }
+}
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
@@ -326,6 +352,8 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"memory", memory},
                                               {"untouched", untouched},
                                               {"late", late},
+                                              {"exiting", exiting},
+                                              {"failing", failing},
                                               {"many", many}};
     const auto deed = deeds.find(what);
     if (deed == deeds.end()) {

@@ -260,6 +260,17 @@ class Record(RecordTest):
         self.expect_warnings("capture-.*Cannot allocate memory; recording ends")
         self.assertEqual("short", self.lines()[-1]["image"])
 
+    def test_call_before_the_recorder_is_ready(self):
+        preload = f'{E["RECORDER"]} {E["EARLY"]}'
+        for folder in (self.folder, None):
+            said = self.run_hal("tenCalls", command=[E["HAL_PLAIN"]], LD_PRELOAD=preload,
+                                INFOSYNC_RECORD=folder)
+            self.assertEqual(["ten"], said)
+            self.expect_warnings()
+        self.assertEqual(["registerSnapshotRequestRecord", *10 * ["updateAnchorFrame"]],
+                         self.calls("call"))
+        self.assertEqual([1], self.calls("answered"))
+
     def test_ends(self):
         self.assertEqual(["ten", "late"], self.run_hal("late"))
         self.assertEqual({"end": True, "calls": 10}, self.lines()[-1])
@@ -267,6 +278,19 @@ class Record(RecordTest):
         self.assertEqual(["ten", "closed"], self.run_hal(
             "tenCalls", command=(E["LOADER"], E["LIBRARY"], E["MODULE_AHEAD"])))
         self.assertEqual({"end": True, "calls": 10}, self.lines()[-1])
+
+    def test_nothing_after_the_end(self):
+        for _ in range(5):
+            self.run_hal("exiting")
+            *lines, last = self.lines()
+            self.assertEqual({"end": True, "calls": len(lines)}, last)
+            self.empty_folder()
+
+    def test_errno_is_kept(self):
+        for fault in ("interrupted", "full 3", "refused"):
+            said = self.run_hal("failing", FAULT=fault, LD_PRELOAD=E["FAULTS"])
+            self.assertEqual(10 * ["1"], said, fault)
+            self.empty_folder()
 
     def test_killed_at_any_instant(self):
         for _ in range(int(E.get("KILLS", "12"))):
