@@ -245,6 +245,11 @@ void many() {
     manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
 }
 
+// A line that the replay would not read.
+void huge() {
+    manager().updateSnapshotErrorInfo("A", Text(size_t{64} << 20U, 'x').c_str());
+}
+
 void tenCalls() {
     prctl(PR_SET_NAME, "\xff first");
     for (int i = 1; i <= 10; ++i) {
@@ -354,7 +359,8 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"late", late},
                                               {"exiting", exiting},
                                               {"failing", failing},
-                                              {"many", many}};
+                                              {"many", many},
+                                              {"huge", huge}};
     const auto deed = deeds.find(what);
     if (deed == deeds.end()) {
         return 2;

@@ -215,6 +215,11 @@ class Record(RecordTest):
         later = self.parts()[-1].read_text().count('"registerSnapshotRequestRecord"')
         self.assertEqual(301, len(header["cut"]) + header["cutMore"] + later)
 
+    def test_more_than_the_replay_reads(self):
+        self.run_hal("huge", INFOSYNC_RECORD_LIMIT="1000000000")
+        self.assertEqual([True, False], [(1 << 26) < self.lines()[0]["omitted"] < (1 << 26) + 200,
+                                         "text" in self.lines()[0]])
+
     def test_limit_that_is_none(self):
         for limit in ("65535", "1e9", "-1"):
             self.run_hal("turns", INFOSYNC_RECORD_LIMIT=limit)

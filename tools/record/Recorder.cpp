@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -106,7 +107,7 @@ void addToRecording(Write write, bool isLast = false) {
             }
         } catch (const Fault& fault) {
             stop(notice, fault);
-        } catch (...) {
+        } catch (const std::exception&) {  // what ends a cancelled thread is none, and passes
             stop(notice, Fault{"cannot be written", ENOMEM});
         }
     }
@@ -139,6 +140,7 @@ State decide() {
     // A child has a copy of the descriptor and of the mutexes, perhaps locked: it is off before it
     // can touch them.
     if (pthread_atfork(nullptr, nullptr, [] { gState.store(State::kOff); }) != 0) {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "no memory; nothing is recorded");
         return State::kOff;
     }
     proxy.value.install();
