@@ -195,6 +195,10 @@ class Record(RecordTest):
         self.assertEqual([part, part + 1], [json.loads(path.read_text().split("\n")[0])["part"]
                                             for path in (first, second)])
 
+    def test_limit_by_property(self):
+        self.run_hal("turns", INFOSYNC_HOST_PROPERTIES="debug.infosync.record.limit=65536")
+        self.assertEqual(2, len(self.parts()))
+
     def test_limit_of_the_process(self):
         sizes = resource.getrlimit(resource.RLIMIT_FSIZE)
         resource.setrlimit(resource.RLIMIT_FSIZE, (20000, sizes[1]))
