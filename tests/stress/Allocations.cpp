@@ -33,11 +33,24 @@ void* operator new(size_t size) {
     return memory;
 }
 
+// A sanitizer's own would not come here.
+void* operator new[](size_t size) {
+    return operator new(size);
+}
+
 void operator delete(void* memory) noexcept {
     bytes -= static_cast<long>(malloc_usable_size(memory));
     free(memory);
 }
 
 void operator delete(void* memory, size_t /*size*/) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, size_t /*size*/) noexcept {
     operator delete(memory);
 }
