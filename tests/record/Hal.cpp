@@ -139,8 +139,10 @@ void order() {
         for (int round = 0; round < kRounds; ++round) {
             const Text image = "image-" + std::to_string(round);
             meet(2 * round + 1);
-            manager().registerSnapshotRequestRecord(image);
-            manager().updateAnchorFrame(image, thread);
+            if (thread > 3) {
+                manager().registerSnapshotRequestRecord(image);
+            }
+            manager().updateAnchorFrame(image, 1 + thread);
             other().updatePostProcInfo({{image, thread}});
             if (thread > 5) {
                 manager().unregisterSnapshotRequestRecord(image);

@@ -141,7 +141,7 @@ class Record(RecordTest):
                 self.empty_folder()
 
     def test_order_of_lines_is_that_of_effects(self):
-        said = self.run_hal("order")
+        said = self.run_hal("order", FAULT="late", LD_PRELOAD=E["FAULTS"])
         lines = self.lines()
         answered = set(self.calls("answered"))
         waiting, frames, last = {}, {}, {}
