@@ -95,7 +95,7 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
                 dlsym(RTLD_NEXT, "pthread_mutex_unlock"));
     }
     const int result = unlock.load()(mutex);
-    if (writes > 0 && calls++ % 3 == 0 && fails("late")) {
+    if (writes > 0 && calls++ % 5 == 0 && fails("late")) {
         usleep(20);
     }
     return result;

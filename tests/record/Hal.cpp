@@ -15,6 +15,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -163,6 +164,24 @@ void order() {
             }
         }
     });
+}
+
+// While one call cannot take effect, no other on the same records has a line.
+void held() {
+    manager().registerSnapshotRequestRecord("A");
+    const std::scoped_lock locks(manager().mRequestRecordQueue->mutex,
+                                 other().mRequestRecordQueue->mutex);
+    for (void (*call)() :
+         {+[] { manager().updateAnchorFrame("A", 1); }, +[] { other().updateAnchorFrame("A", 2); },
+          +[] { manager().unregisterSnapshotRequestRecord("A"); },
+          +[] { other().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
+          +[] { other().updateAnchorFrame("A", 3); },
+          +[] { manager().updateAnchorFrame("A", 4); }}) {
+        std::thread(call).detach();
+        // Time enough to write a line that must not be written.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    _exit(0);
 }
 
 // A service that works with the library while it is asked, changes its mind, and throws.
@@ -332,7 +351,8 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"memory", memory},
                                               {"untouched", untouched},
                                               {"late", late},
-                                              {"many", many}};
+                                              {"many", many},
+                                              {"held", held}};
     const auto deed = deeds.find(what);
     if (deed == deeds.end()) {
         return 2;

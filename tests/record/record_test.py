@@ -163,6 +163,13 @@ class Record(RecordTest):
         images = [f"image-{i}" for i in range(400)]
         self.assertEqual([f"{errors.get(image, 'none')} {last[image]}" for image in images], said)
 
+    def test_calls_wait_for_each_other(self):
+        self.run_hal("held")
+        self.assertEqual([("registerSnapshotRequestRecord", None), ("updateAnchorFrame", None),
+                          ("updateAnchorFrame", "GetInstance")],
+                         [(line["call"], line.get("manager")) for line in self.lines()
+                          if "call" in line])
+
     def test_service_that_calls_the_library(self):
         self.assertEqual(["thrown", "5"], self.run_hal("nested"))
         found = []
