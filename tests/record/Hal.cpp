@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -86,7 +87,8 @@ void everything() {
     m.updateAnchorFrame("A", -1);
     m.updateVndResultInfo("A", 1, 0);
     m.updateVndResultInfo("A", SnapshotInfo::VendorResultInfo{{-1, "x"}, {2, "\xf8"}});
-    m.updateZuAlgoInfo("A", std::vector<Text>{"hdr:4", "", "\xe0\x80\x80"});
+    m.updateZuAlgoInfo("A",
+                       std::vector<Text>{"", "\xe0\x80\x80", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf"});
     m.updateZuAlgoInfo("A", SnapshotInfo::ZuAlgoInfo{{"n"},
                                                      {{"n", 1e300}},
                                                      {{"\xfe", -0.0}},
@@ -123,23 +125,38 @@ void everything() {
     own.updateAnchorFrame("C", 2);
 }
 
-// The last effects on what eight threads change.
+// Rounds in which eight threads change one thing at the same time; prints who was last.
 void order() {
-    const auto image = [](int i) { return "image-" + std::to_string(i % 3); };
-    onThreads(8, [&](int thread) {
-        for (int i = 0; i < 300; ++i) {
-            manager().registerSnapshotRequestRecord(image(i));
-            manager().updateAnchorFrame(image(i), thread * 1000 + i);
-            other().updatePostProcInfo({{"last", thread * 1000 + i}});
-            if (i % 3 != 0) {
-                manager().unregisterSnapshotRequestRecord(image(thread + i));
+    constexpr int kThreads = 8;
+    constexpr int kRounds = 400;
+    std::atomic<int> arrived{0};
+    const auto meet = [&](int times) {
+        for (++arrived; arrived < kThreads * times;) {
+            std::this_thread::yield();
+        }
+    };
+    onThreads(kThreads, [&](int thread) {
+        for (int round = 0; round < kRounds; ++round) {
+            const Text image = "image-" + std::to_string(round);
+            meet(2 * round + 1);
+            manager().registerSnapshotRequestRecord(image);
+            manager().updateAnchorFrame(image, thread);
+            other().updatePostProcInfo({{image, thread}});
+            if (thread > 5) {
+                manager().unregisterSnapshotRequestRecord(image);
+            }
+            meet(2 * round + 2);
+            if (thread == 0) {
+                const auto& records = manager().mRequestRecordQueue->records;
+                const auto record = records.find(image);
+                std::printf("%d %u\n",
+                            record == records.end()
+                                    ? -1
+                                    : record->second->snapshotInfo.requestInfo.anchorFrame,
+                            other().mRequestRecordQueue->postProcInfo.at(image));
             }
         }
     });
-    for (const auto& [name, record] : manager().mRequestRecordQueue->records) {
-        std::printf("%s %d\n", name.c_str(), record->snapshotInfo.requestInfo.anchorFrame);
-    }
-    std::printf("last %u\n", other().mRequestRecordQueue->postProcInfo.at("last"));
 }
 
 // A service that works with the library while it is asked, changes its mind, and throws.
@@ -228,9 +245,10 @@ void many() {
 }
 
 void tenCalls() {
-    prctl(PR_SET_NAME, "ten calls");
+    prctl(PR_SET_NAME, "\xff first");
     for (int i = 1; i <= 10; ++i) {
         manager().updateAnchorFrame("A", i);
+        prctl(PR_SET_NAME, "then");
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     std::puts("ten");
