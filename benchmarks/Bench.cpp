@@ -14,6 +14,7 @@
 namespace {
 
 void repeat(benchmark::State& state, const Calls& calls) {
+    state.counters["calls"] = static_cast<double>(calls.size());
     const CountedState counted(state);
     for (auto _ : state) {
         makeCalls(calls);

@@ -35,6 +35,5 @@ class CountedState {
     const uint64_t mAllocationsBefore = allocations();
 };
 
-// Registers what does not belong to a snapshot: a log statement, and handing a task to the worker
-// pool.
+// Registers what does not belong to a snapshot: a log statement, and writing to a file.
 void registerPlatform();

@@ -1,9 +1,12 @@
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <atomic>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 #include <android/log.h>
 #include <zudebug/Log.h>
@@ -11,7 +14,6 @@
 #include "Bench.h"
 #include "Log.h"
 #include "LogSites.h"
-#include "ThreadPool.h"
 
 // The Android log of the program and of the library that it loads: formats each line, as the log
 // does before it sends it, and drops it.
@@ -62,19 +64,18 @@ void logLine(benchmark::State& state, bool open) {
     }
 }
 
-// The caller's part; one worker takes the tasks meanwhile.
-void enqueue(benchmark::State& state) {
-    std::atomic<int64_t> done{0};
-    {
-        camInfosync::ThreadPool pool(1, 10);
-        const CountedState counted(state);
-        for (auto _ : state) {
-            pool.enqueue([&done] { done.fetch_add(1, std::memory_order_relaxed); });
+// What a recorded call cannot do without: to add a line of that length to a file.
+void bareWrite(benchmark::State& state) {
+    const std::string line(static_cast<size_t>(state.range(0)), 'x');
+    const char* const path = std::getenv("INFOSYNC_BENCH_FILE");
+    const int file = open(path != nullptr ? path : "",
+                          O_CREAT | O_TRUNC | O_APPEND | O_WRONLY | O_CLOEXEC, 0600);
+    for (auto _ : state) {
+        if (write(file, line.data(), line.size()) != state.range(0)) {
+            state.SkipWithError("INFOSYNC_BENCH_FILE names no file that can be written");
         }
     }
-    if (done != static_cast<int64_t>(state.iterations())) {
-        state.SkipWithError("the pool did not run all tasks");
-    }
+    close(file);
 }
 
 }  // namespace
@@ -83,5 +84,5 @@ void registerPlatform() {
     benchmark::RegisterBenchmark("empty_loop", emptyLoop);
     benchmark::RegisterBenchmark("log_line/shut", [](auto& state) { logLine(state, false); });
     benchmark::RegisterBenchmark("log_line/open", [](auto& state) { logLine(state, true); });
-    benchmark::RegisterBenchmark("enqueue", enqueue);
+    benchmark::RegisterBenchmark("bare_write", bareWrite)->Arg(150);
 }

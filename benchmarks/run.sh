@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the preset `release`, runs its benchmarks with libcaminfosync.so and with another library
-# of that name, in turn, and prints medians, spreads, and the ratios of the first to the other.
+# Builds the preset `release`, runs its benchmarks with libcaminfosync.so, with another library of
+# that name, and with the recorder in front, in turn, and prints medians, spreads, and ratios.
 #
 #   run.sh                     all of them, and the instructions: against the hand-written baseline
 #   run.sh --against FOLDER    the same against the libcaminfosync.so in FOLDER
@@ -49,6 +49,7 @@ folder_of() {
     case $1 in
     infosync) echo "$build" ;;
     by_hand) echo "$programs/by_hand" ;;
+    recorded) echo "$build/in-place" ;;
     against) echo "$against" ;;
     *) echo "$programs/without/$1" ;;
     esac
@@ -68,7 +69,14 @@ check_library() {
 run_once() {
     local library=$1 output=$results/$1.$2.json
     shift 2
-    LD_LIBRARY_PATH=$(folder_of "$library") "$programs/infosync-bench" "$@" \
+    local recording=''
+    if [ "$library" = recorded ]; then
+        recording=$PWD/$results/recording
+        rm -rf "$recording"
+        mkdir "$recording"
+    fi
+    INFOSYNC_RECORD=$recording INFOSYNC_BENCH_FILE=$results/bare-write \
+        LD_LIBRARY_PATH=$(folder_of "$library") "$programs/infosync-bench" "$@" \
         "${benchmark_arguments[@]}" --benchmark_out="$output" >"$results/output.txt" 2>&1 ||
         { cat "$results/output.txt" >&2; die "infosync-bench fails with $library"; }
 }
@@ -120,7 +128,7 @@ compare_loads() {
         "$(folder_of "$reference")/libcaminfosync.so" "$1"
 }
 
-report() { benchmarks/report.py --names "$libraries" "$results" || die "failed"; }
+report() { benchmarks/report.py --names "$libraries ${1:-}" "$results" || die "failed"; }
 
 # The names of all benchmarks that were asked for, to see that none is missing.
 expected() {
@@ -140,14 +148,14 @@ fi
 say "building ${targets[*]}"
 { cmake --preset release && cmake --build "$build" -j "$(nproc)" --target "${targets[@]}"; } \
     >"$results/build.txt" 2>&1 || { tail -n 60 "$results/build.txt" >&2; die "the build failed"; }
-for library in $libraries; do
+for library in $libraries recorded; do
     check_library "$library"
 done
 case $mode in
 smoke)
-    run_rounds 1 "$libraries" --benchmark_min_time=0
+    run_rounds 1 "$libraries recorded" --benchmark_min_time=0
     expected >"$results/expected"
-    report >"$results/table.txt"
+    report recorded >"$results/table.txt"
     compare_loads 1 >>"$results/table.txt"
     say "$(wc -l <"$results/expected") benchmarks ran once with each library, without a fault"
     ;;
@@ -161,10 +169,10 @@ without)
     report
     ;;
 full)
-    run_rounds 15 "$libraries" --benchmark_min_time=0.05
+    run_rounds 15 "$libraries recorded" --benchmark_min_time=0.05
     expected >"$results/expected"
     count_all "$libraries" operation/command
-    report
+    report recorded
     compare_loads 51
     ;;
 esac

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,7 @@ void checkStep(const std::string& line, const CaptureStep& step) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     zudebug::gZuCamLogLevel = INT32_MAX;
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
+    manager.mRequestRecordQueue = std::make_shared<camInfosync::RequestRecordQueue>();
     const std::string log(reinterpret_cast<const char*>(bytes), size);
     for (const std::string& line : readFile(log)) {
         std::vector<replay::LineError> errors;
@@ -88,8 +90,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
             }
         }
     }
-    manager.mRequestRecordQueue->records.clear();
-    manager.mRequestRecordQueue->errorImageNames.clear();
-    manager.mRequestRecordQueue->postProcInfo.clear();
     return 0;
 }

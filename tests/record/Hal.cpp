@@ -1,11 +1,11 @@
 // A HAL that does what its first argument says.
 
 #include <dlfcn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cmath>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -25,7 +25,15 @@
 #include "InfoSynchronizerManager.h"
 #include "Service.h"
 
-using namespace camInfosync;
+using camInfosync::INFO_SYNC_TYPE_CMD;
+using camInfosync::INFO_SYNC_TYPE_COLLECT;
+using camInfosync::INFO_SYNC_TYPE_COLLECT_ALT;
+using camInfosync::InfoSynchronizer;
+using camInfosync::InfoSynchronizerManager;
+using camInfosync::InfoSyncType;
+using camInfosync::RequestRecord;
+using camInfosync::RequestType;
+using camInfosync::SnapshotInfo;
 using Text = std::string;
 
 namespace {
@@ -43,6 +51,7 @@ Service& service() {
 template <typename Function>
 void onThreads(int count, Function function) {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         threads.emplace_back(function, i);
     }
@@ -219,8 +228,10 @@ void many() {
 }
 
 void tenCalls() {
+    prctl(PR_SET_NAME, "ten calls");
     for (int i = 1; i <= 10; ++i) {
         manager().updateAnchorFrame("A", i);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     std::puts("ten");
 }

@@ -2,6 +2,8 @@
 // and stays: the service's place in it must then be as before.
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 
@@ -28,6 +30,12 @@ int main(int /*argc*/, char** argv) {
     }
     const int result = reinterpret_cast<int (*)(const char*)>(dlsym(hal, "runHal"))(argv[3]);
     dlclose(hal);
+    // What is called in a child must have gone as well.
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
     std::puts(place == nullptr || *place == before ? "closed" : "the service's place is taken");
     return result;
 }

@@ -1,12 +1,18 @@
 #include "Line.h"
 
+#include <time.h>
+
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
+#include <memory>
 #include <string_view>
+#include <utility>
+
+#include "RequestRecord.h"
 
 namespace recording {
 namespace {
@@ -40,8 +46,14 @@ size_t sequenceLength(std::string_view text) {
     return isWrong ? 0 : length;
 }
 
-bool isPlain(char character) {
-    return static_cast<unsigned char>(character) >= 0x20 && character != '"' && character != '\\';
+// Whether the text is written as it stands.
+bool isPlain(std::string_view text) {
+    bool isPlain = true;
+    for (const char character : text) {  // to the end, which takes less time than to look for it
+        const auto byte = static_cast<unsigned char>(character);
+        isPlain &= byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+    }
+    return isPlain;
 }
 
 }  // namespace
@@ -57,45 +69,51 @@ bool Line::isUtf8(std::string_view text) {
     return true;
 }
 
+// The text is UTF-8.
 void Line::putEscaped(std::string_view text) {
-    size_t begin = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (isPlain(text[i])) {
+    constexpr size_t kLongestEscape = 6;
+    char* out = room(text.size() * kLongestEscape);
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 0x20) {
+            for (const char part :
+                 {'\\', 'u', '0', '0', kHexDigits[byte >> 4U], kHexDigits[byte & 0xFU]}) {
+                *out++ = part;
+            }
             continue;
         }
-        mText.append(text, begin, i - begin);
-        begin = i + 1;
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte < 0x20) {
-            const char escape[] = {
-                    '\\', 'u', '0', '0', kHexDigits[byte >> 4U], kHexDigits[byte & 0xFU]};
-            mText.append(escape, sizeof(escape));
-        } else {
-            mText += '\\';
-            mText += text[i];
+        if (character == '"' || character == '\\') {
+            *out++ = '\\';
         }
+        *out++ = character;
     }
-    mText.append(text, begin, text.size() - begin);
+    mSize = static_cast<size_t>(out - mText.get());
 }
 
 void Line::putHex(std::string_view text) {
-    mText += "{\"hex\":\"";
+    add("{\"hex\":\"");
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);
-        mText += kHexDigits[byte >> 4U];
-        mText += kHexDigits[byte & 0xFU];
+        add(kHexDigits[byte >> 4U]);
+        add(kHexDigits[byte & 0xFU]);
     }
-    mText += "\"}";
+    add("\"}");
 }
 
 void Line::put(std::string_view text) {
-    if (!isUtf8(text)) {
+    if (isPlain(text)) {
+        char* out = room(text.size() + 2);
+        *out++ = '"';
+        out = std::copy(text.begin(), text.end(), out);
+        *out++ = '"';
+        mSize = static_cast<size_t>(out - mText.get());
+    } else if (isUtf8(text)) {
+        add('"');
+        putEscaped(text);
+        add('"');
+    } else {
         putHex(text);
-        return;
     }
-    mText += '"';
-    putEscaped(text);
-    mText += '"';
 }
 
 void Line::put(const char* text) {
@@ -137,33 +155,33 @@ std::string_view numberText(Number value, char (&text)[40]) {
 
 void Line::put(float value) {
     char text[40];
-    mText += numberText<uint32_t>(value, text);
+    add(numberText<uint32_t>(value, text));
 }
 
 void Line::put(double value) {
     char text[40];
-    mText += numberText<uint64_t>(value, text);
+    add(numberText<uint64_t>(value, text));
 }
 
 void Line::put(const timespec& time) {
-    mText += '{';
+    add('{');
     field("sec", time.tv_sec);
     field("nsec", time.tv_nsec);
-    mText += '}';
+    add('}');
 }
 
 void Line::put(const camInfosync::FrameInfo& frame) {
-    mText += '{';
+    add('{');
     field("frameNumber", frame.frameNumber);
     field("timestamp", frame.timestamp);
     field("camIds", frame.camIds);
     field("frameExtra", frame.frameExtra);
     field("imageName", frame.imageName);
-    mText += '}';
+    add('}');
 }
 
 void Line::put(const camInfosync::SnapshotInfo::RequestInfo& info) {
-    mText += '{';
+    add('{');
     field("reqValueA", info.reqValueA);
     field("reqValueB", info.reqValueB);
     field("anchorFrame", info.anchorFrame);
@@ -171,21 +189,21 @@ void Line::put(const camInfosync::SnapshotInfo::RequestInfo& info) {
     field("reqValue64", info.reqValue64);
     field("reqIdsA", info.reqIdsA);
     field("expectedResultIds", info.expectedResultIds);
-    mText += '}';
+    add('}');
 }
 
 void Line::put(const camInfosync::SnapshotInfo::ZuAlgoInfo& info) {
-    mText += '{';
+    add('{');
     field("algoList", info.algoList);
     field("algoTimeA", info.algoTimeA);
     field("algoTimeB", info.algoTimeB);
     field("algoTimeC", info.algoTimeC);
     field("algoState", info.algoState);
-    mText += '}';
+    add('}');
 }
 
 void Line::put(const camInfosync::SnapshotInfo& info) {
-    mText += '{';
+    add('{');
     field("requestType", info.requestType);
     field("camMode", info.camMode);
     field("faceDetect", info.faceDetect);
@@ -199,11 +217,11 @@ void Line::put(const camInfosync::SnapshotInfo& info) {
     field("lux", info.lux);
     field("exposureTime", info.exposureTime);
     field("timeInfo", info.timeInfo);
-    mText += '}';
+    add('}');
 }
 
 void Line::put(const camInfosync::RequestRecord& record) {
-    mText += '{';
+    add('{');
     field("errorInfo", record.errorInfo);
     field("hasError", record.hasError);
     field("createTime", record.createTime);
@@ -211,25 +229,29 @@ void Line::put(const camInfosync::RequestRecord& record) {
     field("frameInfo", record.frameInfo);
     field("snapshotInfo", record.snapshotInfo);
     field("reserved64", record.reserved64);
-    mText += '}';
-}
-
-void Line::putName(std::string_view name) {
-    putComma('{');
-    mText += '"';
-    mText += name;
-    mText += "\":";
+    add('}');
 }
 
 void Line::putKey(int32_t key) {
-    mText += '"';
+    add('"');
     put(key);
-    mText += '"';
+    add('"');
+}
+
+void Line::grow(size_t count) {
+    constexpr size_t kLeast = 1024;
+    const size_t capacity = std::max({kLeast, 2 * mCapacity, mSize + count});
+    std::unique_ptr<char[]> text(new char[capacity]);
+    if (mSize > 0) {
+        std::memcpy(text.get(), mText.get(), mSize);
+    }
+    mText = std::move(text);
+    mCapacity = capacity;
 }
 
 void Line::shrinkTo(size_t capacity) {
-    if (mText.capacity() > capacity) {
-        std::string().swap(mText);
+    if (mCapacity > capacity) {
+        *this = Line();
     }
 }
 

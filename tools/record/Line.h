@@ -8,7 +8,9 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -25,7 +27,10 @@ namespace recording {
 // std::bad_alloc passes; the line is then of no use until it begins anew.
 class Line {
   public:
-    void begin() { mText.assign(1, '{'); }
+    void begin() {
+        mSize = 0;
+        add('{');
+    }
 
     // `name` is written as it stands.
     template <typename Value>
@@ -34,44 +39,50 @@ class Line {
         put(value);
     }
 
+    // One field or more, as an earlier line has them.
+    void fields(std::string_view written) {
+        addComma('{');
+        add(written);
+    }
+
     // A field that is an object, whose fields `write` writes.
     template <typename Write>
     void object(std::string_view name, Write write) {
         putName(name);
-        mText += '{';
+        add('{');
         write();
-        mText += '}';
+        add('}');
     }
 
     // A list of as many elements as fit into `mostBytes`. Returns the number of the others.
     template <typename Elements>
     size_t fieldUpTo(std::string_view name, const Elements& elements, size_t mostBytes) {
         putName(name);
-        mText += '[';
-        const size_t begin = mText.size();
+        add('[');
+        const size_t begin = mSize;
         size_t left = elements.size();
         for (const auto& element : elements) {
-            const size_t before = mText.size();
-            putComma('[');
+            const size_t before = mSize;
+            addComma('[');
             put(element);
-            if (mText.size() - begin > mostBytes) {
-                mText.resize(before);
+            if (mSize - begin > mostBytes) {
+                mSize = before;
                 break;
             }
             --left;
         }
-        mText += ']';
+        add(']');
         return left;
     }
 
     // Takes back all fields after the first `size` characters.
-    void cutTo(size_t size) { mText.resize(size); }
+    void cutTo(size_t size) { mSize = size; }
 
-    void end() { mText += "}\n"; }
+    void end() { add("}\n"); }
 
     // Valid until the line changes.
-    std::string_view text() const { return mText; }
-    size_t size() const { return mText.size(); }
+    std::string_view text() const { return {mText.get(), mSize}; }
+    size_t size() const { return mSize; }
 
     // Frees what a line of unusual length has left.
     void shrinkTo(size_t capacity);
@@ -80,13 +91,15 @@ class Line {
     template <typename Integer,
               std::enable_if_t<std::is_integral_v<Integer> || std::is_enum_v<Integer>, int> = 0>
     void put(Integer value) {
-        char text[24];
         if constexpr (std::is_same_v<Integer, bool>) {
-            mText += value ? "true" : "false";
+            add(value ? std::string_view("true") : "false");
         } else if constexpr (std::is_enum_v<Integer>) {
             put(static_cast<std::underlying_type_t<Integer>>(value));
         } else {
-            mText.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
+            constexpr size_t kMostDigits = 24;
+            char* const begin = room(kMostDigits);
+            mSize += static_cast<size_t>(std::to_chars(begin, begin + kMostDigits, value).ptr -
+                                         begin);
         }
     }
     void put(float value);
@@ -94,16 +107,16 @@ class Line {
     void put(std::string_view text);
     void put(const std::string& text) { put(std::string_view(text)); }
     void put(const char* text);
-    void put(std::nullptr_t /*null*/) { mText += "null"; }
+    void put(std::nullptr_t /*null*/) { add("null"); }
 
     template <typename Element>
     void put(const std::vector<Element>& elements) {
-        mText += '[';
+        add('[');
         for (const Element& element : elements) {
-            putComma('[');
+            addComma('[');
             put(element);
         }
-        mText += ']';
+        add(']');
     }
 
     // An object if every key is UTF-8, else a list of pairs.
@@ -111,16 +124,16 @@ class Line {
     void put(const std::map<Key, Value, Less>& map) {
         const bool isObject = std::all_of(map.begin(), map.end(),
                                           [](const auto& entry) { return isName(entry.first); });
-        mText += isObject ? '{' : '[';
+        add(isObject ? '{' : '[');
         for (const auto& [key, value] : map) {
-            putComma(isObject ? '{' : '[');
-            mText += isObject ? "" : "[";
+            addComma(isObject ? '{' : '[');
+            add(isObject ? std::string_view() : "[");
             putKey(key);
-            mText += isObject ? ':' : ',';
+            add(isObject ? ':' : ',');
             put(value);
-            mText += isObject ? "" : "]";
+            add(isObject ? std::string_view() : "]");
         }
-        mText += isObject ? '}' : ']';
+        add(isObject ? '}' : ']');
     }
 
     void put(const timespec& time);
@@ -130,12 +143,39 @@ class Line {
     void put(const camInfosync::SnapshotInfo& info);
     void put(const camInfosync::RequestRecord& record);
 
-    void putComma(char opening) {
-        if (mText.back() != opening) {
-            mText += ',';
+    // Room for so many characters more.
+    char* room(size_t count) {
+        if (mCapacity - mSize < count) {
+            grow(count);
+        }
+        return mText.get() + mSize;
+    }
+    void grow(size_t count);
+    void add(char character) {
+        *room(1) = character;
+        ++mSize;
+    }
+    void add(std::string_view text) {
+        std::memcpy(room(text.size()), text.data(), text.size());
+        mSize += text.size();
+    }
+    void addComma(char opening) {
+        if (mText[mSize - 1] != opening) {
+            add(',');
         }
     }
-    void putName(std::string_view name);
+    void putName(std::string_view name) {
+        constexpr size_t kMarks = 4;
+        char* out = room(name.size() + kMarks);
+        if (out[-1] != '{') {
+            *out++ = ',';
+        }
+        *out++ = '"';
+        out = std::copy(name.begin(), name.end(), out);
+        *out++ = '"';
+        *out++ = ':';
+        mSize = static_cast<size_t>(out - mText.get());
+    }
     void putKey(const std::string& key) { put(key); }
     void putKey(int32_t key);
     void putEscaped(std::string_view text);
@@ -145,7 +185,9 @@ class Line {
     static bool isName(int32_t /*key*/) { return true; }
     static bool isName(const std::string& key) { return isUtf8(key); }
 
-    std::string mText;
+    std::unique_ptr<char[]> mText;
+    size_t mSize = 0;
+    size_t mCapacity = 0;
 };
 
 }  // namespace recording

@@ -1,14 +1,15 @@
 #include "Lines.h"
 
 #include <sys/prctl.h>
+#include <sys/types.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
+
+#include "Line.h"
 
 namespace recording {
 namespace {
@@ -23,18 +24,42 @@ int64_t readClock(clockid_t clock) {
 
 void putMoment(Line& line, const Moment& moment) {
     line.field("at", moment.at);
-    line.field("thread", moment.thread);
-    line.field("tid", moment.tid);
+    line.fields(moment.written);
 }
+
+// What this thread's lines say of it. Without a destructor, which would outlive the recorder.
+struct ThreadFields {
+    int64_t writtenAt;
+    size_t size;
+    char text[160];  // enough for 16 bytes of a name, each as an escape
+
+    void write(Line& scratch, int64_t at) {
+        char name[16] = {};
+        prctl(PR_GET_NAME, name, 0, 0, 0);
+        writeThread(scratch, name, gettid());
+        size = scratch.text().copy(text, sizeof(text), 1);
+        writtenAt = at;
+    }
+};
+
+thread_local ThreadFields threadFields{0, 0, {}};
 
 }  // namespace
 
-Moment Moment::now() {
-    Moment moment;
-    moment.at = readClock(CLOCK_MONOTONIC);
-    prctl(PR_GET_NAME, moment.thread, 0, 0, 0);
-    moment.tid = gettid();
-    return moment;
+Moment Moment::now(Line& scratch) {
+    constexpr int64_t kKept = kNanoseconds / 1000;
+    const int64_t at = readClock(CLOCK_MONOTONIC);
+    ThreadFields& fields = threadFields;
+    if (fields.size == 0 || at - fields.writtenAt >= kKept) {
+        fields.write(scratch, at);
+    }
+    return {at, {fields.text, fields.size}};
+}
+
+void writeThread(Line& line, std::string_view name, pid_t tid) {
+    line.begin();
+    line.field("thread", name);
+    line.field("tid", tid);
 }
 
 void writeHeader(Line& line, const Header& header, uint64_t part, const Answers& answers,

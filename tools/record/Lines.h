@@ -16,15 +16,19 @@
 
 namespace recording {
 
-// Who does something, and when.
+// When something is done, and on which thread.
 struct Moment {
-    int64_t at = 0;  // CLOCK_MONOTONIC, nanoseconds
-    char thread[16] = {};
-    pid_t tid = 0;
+    int64_t at;                // CLOCK_MONOTONIC, nanoseconds
+    std::string_view written;  // the thread's fields, as its lines have them
 
-    // This thread, now.
-    static Moment now();
+    // This thread, now. A thread's name is looked up at most once per millisecond, so that a new
+    // one may be seen that much later; `scratch` is for that. `written` lives as long as the
+    // thread.
+    static Moment now(Line& scratch);
 };
+
+// The thread's fields alone, as a line that is not ended.
+void writeThread(Line& line, std::string_view name, pid_t tid);
 
 // What a file begins with.
 struct Header {

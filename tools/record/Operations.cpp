@@ -1,18 +1,17 @@
 // The operations that the recorder puts in front of the library's. Each notes its call, unless
 // recording is off, and makes it.
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "InfoSynchronizerManager.h"
+#include "Line.h"
 #include "Lines.h"
 #include "Order.h"
 #include "RealLibrary.h"

@@ -16,7 +16,7 @@ void* findReal(void* own);
 template <typename Function>
 void* addressOf(Function function) {
     void* address = nullptr;
-    std::memcpy(&address, &function, sizeof(address));
+    std::memcpy(static_cast<void*>(&address), static_cast<const void*>(&function), sizeof(address));
     return address;
 }
 
@@ -30,7 +30,7 @@ Function functionAt(void* address) {
     } parts{address, 0};
     static_assert(sizeof(Function) <= sizeof(parts), "another C++ interface");
     Function function;
-    std::memcpy(&function, &parts, sizeof(function));
+    std::memcpy(static_cast<void*>(&function), &parts, sizeof(function));
     return function;
 }
 

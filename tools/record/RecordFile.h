@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,6 +13,15 @@ namespace recording {
 struct Fault {
     const char* what;
     int error;  // an errno
+};
+
+// Which file a descriptor stands for.
+struct FileId {
+    uint64_t device = 0;
+    uint64_t inode = 0;
+    bool operator==(const FileId& other) const {
+        return device == other.device && inode == other.inode;
+    }
 };
 
 // Two files by turns: when a part is full the next begins, and the one before it is removed. So
@@ -38,8 +45,8 @@ class RecordFile {
     // Whether the open part has room for so many bytes; false while none is open.
     bool hasRoomFor(size_t bytes) const;
 
-    // Adds a whole line, or, if that fails, nothing.
-    void append(std::string_view line);
+    // Adds a whole line, or, if that fails, nothing. `now` is in nanoseconds, by any clock.
+    void append(std::string_view line, int64_t now);
 
     // Of the open part; before the first and after a failed beginPart, of the one that is meant.
     const std::string& path() const { return mPath; }
@@ -53,6 +60,7 @@ class RecordFile {
     bool makeUnseen(std::string_view header);
     void open(const std::string& path);
     void write(std::string_view text);
+    bool isStillOurs(int64_t now);
     bool isStillOurs() const;
     void close();
 
@@ -63,8 +71,8 @@ class RecordFile {
     uint64_t mPart = 0;
     uint64_t mSize = 0;  // whole lines of the open part
     int mDescriptor = -1;
-    dev_t mDevice = 0;
-    ino_t mInode = 0;
+    FileId mId;
+    int64_t mLookedAt = 0;  // when the identity was last compared
 };
 
 }  // namespace recording

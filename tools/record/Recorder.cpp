@@ -1,7 +1,7 @@
 #include "Recorder.h"
 
 #include <cutils/properties.h>
-#include <sys/types.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -13,11 +13,14 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <android/log.h>
 
 #include "InfoSynchronizer.h"
+#include "Lines.h"
+#include "Order.h"
+#include "RecordFile.h"
+#include "Recording.h"
 #include "ServiceProxy.h"
 #include "Settings.h"
 #include "Tag.h"
@@ -46,7 +49,6 @@ NeverDestroyed<std::mutex> writing;
 NeverDestroyed<std::unique_ptr<Recording>> recording;
 
 NeverDestroyed<ServiceProxy> proxy;
-pid_t recordingProcess = 0;
 
 // What is to be logged once the write mutex is free.
 struct Notice {
@@ -117,7 +119,11 @@ State decide() {
         __android_log_print(ANDROID_LOG_WARN, kTag, "no memory; nothing is recorded");
         return State::kOff;
     }
-    recordingProcess = getpid();
+    // A child has a copy of the descriptor and of the mutexes, perhaps locked: it is off before it
+    // can touch them.
+    if (pthread_atfork(nullptr, nullptr, [] { gState.store(State::kOff); }) != 0) {
+        return State::kOff;
+    }
     proxy.value.install();
     return State::kOn;
 }
@@ -146,7 +152,7 @@ bool isRecording() {
         static const bool decided = (gState.store(decide(), std::memory_order_release), true);
         static_cast<void>(decided);
     }
-    return !isOff() && getpid() == recordingProcess;
+    return !isOff();
 }
 
 void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments& writeArguments) {

@@ -24,8 +24,7 @@ inline bool isOff() {
     return gState.load(std::memory_order_acquire) == State::kOff;
 }
 
-// Decides, if that is still to be done. False in a process that was forked from the one that
-// records.
+// Decides, if that is still to be done. False from then on in a process that was forked.
 bool isRecording();
 
 // The managers that the accessors have returned; others are their callers' own.

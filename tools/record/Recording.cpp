@@ -7,6 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "Lines.h"
+#include "Order.h"
+#include "RecordFile.h"
+#include "Settings.h"
+
 namespace recording {
 namespace {
 
@@ -19,14 +24,15 @@ Recording::Recording(const Settings& settings, const Header& header)
     : mHeader(header), mFile(settings.folder, settings.limit) {}
 
 void Recording::noteCall(Frame& frame, const Call& call, const WriteArguments& writeArguments) {
-    beginCall(mLine, mCalls + 1, Moment::now(), call.isOther, call.name);
+    const Moment moment = Moment::now(mScratch);
+    beginCall(mLine, mCalls + 1, moment, call.isOther, call.name);
     const size_t headSize = mLine.size();
     writeArguments(mLine);
     mLine.end();
     if (isTooLong()) {
         omitArguments(call, headSize);
     }
-    put();
+    put(moment.at);
     frame.call = ++mCalls;
     frame.lines = mLines;
     if (call.kind == Call::Kind::kRegister) {
@@ -58,7 +64,8 @@ void Recording::noteAnswer(const Frame& frame, std::string_view key, const std::
     if (frame.call == 0 || (!isNews && frame.lines == mLines)) {
         return;
     }
-    beginAnswer(mLine, frame.call, Moment::now(), key);
+    const Moment moment = Moment::now(mScratch);
+    beginAnswer(mLine, frame.call, moment, key);
     if (answer != nullptr) {
         mLine.field("answer", *answer);
     } else {
@@ -68,7 +75,7 @@ void Recording::noteAnswer(const Frame& frame, std::string_view key, const std::
     if (isTooLong()) {
         throw Fault{"an answer does not fit", EFBIG};
     }
-    put();
+    put(moment.at);
     if (answer == nullptr) {
         return;
     }
@@ -81,24 +88,23 @@ void Recording::noteAnswer(const Frame& frame, std::string_view key, const std::
 void Recording::end() {
     if (mLines > 0) {
         writeEnd(mLine, mCalls);
-        put();
+        put(Moment::now(mScratch).at);
     }
 }
 
-void Recording::put() {
+void Recording::put(int64_t now) {
     if (!mFile.hasRoomFor(mLine.size())) {
         beginPart();
     }
-    mFile.append(mLine.text());
+    mFile.append(mLine.text(), now);
     ++mLines;
     mLine.shrinkTo(kMostKeptBytes);
 }
 
 void Recording::beginPart() {
-    Line header;
-    writeHeader(header, mHeader, mFile.partsBegun() + 1, mAnswers, mRegistered.names(),
+    writeHeader(mScratch, mHeader, mFile.partsBegun() + 1, mAnswers, mRegistered.names(),
                 std::min<size_t>(kMostCutBytes, mFile.partLimit() / 4));
-    mFile.beginPart(header.text());
+    mFile.beginPart(mScratch.text());
     if (!mFile.hasRoomFor(mLine.size())) {
         throw Fault{"a line does not fit", EFBIG};
     }

@@ -49,14 +49,15 @@ class Recording {
     const RecordFile& file() const { return mFile; }
 
   private:
-    void put();
+    void put(int64_t now);
     void beginPart();
     bool isTooLong() const { return mLine.size() > mFile.partLimit() / 2; }
     void omitArguments(const Call& call, size_t headSize);
 
     const Header mHeader;
     RecordFile mFile;
-    Line mLine;  // kept, so that no call needs new memory
+    Line mLine;  // kept, as the other, so that no call needs new memory
+    Line mScratch;
     RegisteredNames mRegistered;
     Answers mAnswers;  // the last of each key
     uint64_t mCalls = 0;

@@ -1,7 +1,6 @@
 #include "ServiceProxy.h"
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <utility>
 

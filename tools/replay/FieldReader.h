@@ -7,7 +7,9 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <optional>
@@ -98,6 +100,17 @@ bool readSpecial(std::string_view text, Float& out) {
     return true;
 }
 
+inline void assign(double number, double& out) {
+    out = number;
+}
+// The float that is nearest to the number as it was written. The double that was read of it may
+// lie on the other side of the middle between two floats: 7.038531e-26 does.
+inline void assign(double number, float& out) {
+    char text[32];
+    *std::to_chars(text, std::end(text) - 1, number).ptr = '\0';
+    out = std::strtof(text, nullptr);
+}
+
 template <typename Float, std::enable_if_t<std::is_floating_point_v<Float>, int> = 0>
 void readValue(const json& value, Float& out, const Path& path, Errors& errors) {
     if (value.is_string() && readSpecial(value.get_ref<const std::string&>(), out)) {
@@ -112,7 +125,7 @@ void readValue(const json& value, Float& out, const Path& path, Errors& errors) 
         errors.add(path, "is too large for a 32-bit float");
         return;
     }
-    out = static_cast<Float>(number);
+    assign(number, out);
 }
 
 // The bytes that pairs of hexadecimal digits stand for. Returns whether `hex` is such a text.
