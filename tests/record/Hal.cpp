@@ -125,7 +125,7 @@ void everything() {
     own.updateAnchorFrame("C", 2);
 }
 
-// Rounds in which eight threads change one thing at the same time; prints who was last.
+// Rounds in which eight threads change one record at the same time; prints what became of it.
 void order() {
     constexpr int kThreads = 8;
     constexpr int kRounds = 400;
@@ -139,20 +139,26 @@ void order() {
         for (int round = 0; round < kRounds; ++round) {
             const Text image = "image-" + std::to_string(round);
             meet(2 * round + 1);
-            manager().registerSnapshotRequestRecord(image);
-            manager().updateAnchorFrame(image, thread);
+            if (thread > 3) {
+                manager().registerSnapshotRequestRecord(image);
+            }
+            for (int i = 0; i < 4; ++i) {
+                manager().updateSnapshotErrorInfo(image, std::to_string(thread).c_str());
+            }
             other().updatePostProcInfo({{image, thread}});
-            if (thread > 5) {
+            if (thread > 6) {
                 manager().unregisterSnapshotRequestRecord(image);
             }
             meet(2 * round + 2);
             if (thread == 0) {
                 const auto& records = manager().mRequestRecordQueue->records;
                 const auto record = records.find(image);
-                std::printf("%d %u\n",
-                            record == records.end()
-                                    ? -1
-                                    : record->second->snapshotInfo.requestInfo.anchorFrame,
+                Text errors = record == records.end() ? "none" : "";
+                for (const Text& error :
+                     errors.empty() ? record->second->errorInfo : std::vector<Text>()) {
+                    errors += error;
+                }
+                std::printf("%s %u\n", errors.c_str(),
                             other().mRequestRecordQueue->postProcInfo.at(image));
             }
         }
