@@ -18,9 +18,9 @@ import sys
 
 # Heap allocations of the library that may not be exceeded. They do not depend on the machine.
 MOST_ALLOCATIONS = {
-    "lifecycle/short_names/4": 172,
-    "lifecycle/long_names/4": 358,
-    "operation/snapshotRequestInfoFlush": 101,
+    "lifecycle/short_names/4": 74,
+    "lifecycle/long_names/4": 179,
+    "operation/snapshotRequestInfoFlush": 3,
 }
 # A lifecycle's report: eight parameters, the submit event, two events of each of eight nodes,
 # and the closing call.

@@ -1,24 +1,31 @@
 // Turns bytes into operations on a few images, with any texts and numbers, and compares the
-// library with a model after each of them.
+// library with a model after each of them. The recorder stands in front of the library: what it
+// has written of an operation is read back and played on a second queue, which must then hold the
+// same.
 //
-// A few bytes select a manager, an image and an operation (Trial::run), the next ones draw the
+// A few bytes select an image and an operation (Trial::run), the next ones draw the
 // operation's arguments, until no bytes are left. A value that the library only has to store is
 // drawn into the model's record and given to the library from there (Trial::update).
 
 #include <android/log.h>
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <sstream>
 #include <utility>
 
 #include <zudebug/Log.h>
 
+#include "CaptureLog.h"
 #include "Check.h"
 #include "InfoSynchronizerManager.h"
 #include "RecordModel.h"
-#include "ServiceBase.h"
 #include "Source.h"
 
 namespace fuzz {
@@ -27,22 +34,9 @@ using namespace camInfosync;  // NOLINT(google-build-using-namespace)
 using Manager = InfoSynchronizerManager;
 
 // Lists the calls that it receives, and throws a Call from one of them if told so.
-class Service final : public ServiceBase {
+class Service final : public doubles::CallService {
   public:
-    void setParam(const std::string& id, const std::string& key, const std::string& text) override {
-        receive({"setParam", id, key, text});
-    }
-    void reportEvent(const std::string& id, const std::string& event) override {
-        receive({"reportEvent", id, event});
-    }
-    void finishReport(std::string id, int32_t first, int32_t second) override {
-        receive({"finishReport", id, std::to_string(first), std::to_string(second)});
-    }
-    std::string queryValue(std::string key) override {
-        receive({"queryValue", key});
-        return answerTo(key);
-    }
-    std::string answerTo(const std::string& key) {
+    std::string answerTo(const std::string& key) override {
         return key == kSwitch ? mAnswer : key + mAnswer;
     }
 
@@ -51,7 +45,7 @@ class Service final : public ServiceBase {
     std::string mAnswer = "enabled";
 
   private:
-    void receive(const Call& call) {
+    void receive(const Call& call) override {
         mReceived.push_back(call);
         if (mReceived.size() == mLastCall) {
             throw call;
@@ -59,20 +53,31 @@ class Service final : public ServiceBase {
     }
 };
 
+// What the recorder has written since the last time.
+std::string takeRecording() {
+    static const int file = [] {
+        const std::filesystem::directory_iterator folder(std::getenv("INFOSYNC_RECORD"));
+        return open(folder->path().c_str(), O_RDWR | O_CLOEXEC);
+    }();
+    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
+    FUZZ_CHECK(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    FUZZ_CHECK(ftruncate(file, 0) == 0);  // the recorder appends
+    return text;
+}
+
 // One input: what it does, and what must come of it.
 class Trial {
   public:
-    Trial(const uint8_t* bytes, size_t size) : mSource(bytes, size) {
+    Trial(const uint8_t* bytes, size_t size) : mSource(bytes, size), mPlays(size % 4 == 0) {
         InfoSynchronizer::mIntentAwareImpl = &mService;
         clockTime = {};
-        for (Manager* manager : mManagers) {
-            manager->mRequestRecordQueue = std::make_shared<RequestRecordQueue>();
-            manager->mSynchronizers[INFO_SYNC_TYPE_CMD] =
-                    std::make_shared<CmdExecutor>(INFO_SYNC_TYPE_CMD);
-        }
+        mManager.mRequestRecordQueue = std::make_shared<RequestRecordQueue>();
+        mManager.mSynchronizers[INFO_SYNC_TYPE_CMD] =
+                std::make_shared<CmdExecutor>(INFO_SYNC_TYPE_CMD);
         // One record exists from the beginning, and is found by its key and by its frame's name.
-        manager().registerSnapshotRequestRecord(mName);
+        mManager.registerSnapshotRequestRecord(mName);
         mRecords.try_emplace(mName, newRecord());
+        playRecording();
         mService.mReceived.clear();
     }
 
@@ -86,39 +91,60 @@ class Trial {
         };
         while (mSource.remaining_bytes() > 0) {
             ++clockTime.tv_sec;
-            mIsOwn = mSource.range(0, 7) != 0;
             mName = mSource.pick(4) == 0 ? mSource.any(kNames) : mName;
             (this->*mSource.any(kOperations))();
-            compare();
+            FUZZ_CHECK(mService.mReceived.empty());
+            compare(*mManager.mRequestRecordQueue);
+            if (mPlays) {
+                playRecording();
+                FUZZ_CHECK(std::exchange(mService.mReceived, {}) == std::exchange(mServed, {}));
+                compare(*mPlayed);
+            }
         }
+        takeRecording();                             // of what was not played
         for (const auto& [text, copy] : mAnswers) {  // none is overwritten or freed
             FUZZ_CHECK(text == copy);
         }
     }
 
   private:
-    // The manager of GetInstance() has no records: registration works on the other one.
-    void compare() {
-        for (const bool own : {false, true}) {
-            RequestRecordQueue& queue = *mManagers[own]->mRequestRecordQueue;
-            FUZZ_CHECK(queue.mutex.try_lock());
-            FUZZ_CHECK(queue.records.size() == (own ? mRecords.size() : 0));
-            FUZZ_CHECK(queue.errorImageNames == (own ? mFailed : std::vector<std::string>()));
-            FUZZ_CHECK(queue.postProcInfo == mPostProc[own]);
-            for (const auto& [name, record] : queue.records) {
-                FUZZ_CHECK(contentOf(*record) == contentOf(mRecords.at(name)));
-            }
-            queue.mutex.unlock();
+    void compare(RequestRecordQueue& queue) {
+        FUZZ_CHECK(queue.mutex.try_lock());
+        FUZZ_CHECK(queue.records.size() == mRecords.size());
+        FUZZ_CHECK(queue.errorImageNames == mFailed);
+        FUZZ_CHECK(queue.postProcInfo == mPostProc);
+        for (const auto& [name, record] : queue.records) {
+            FUZZ_CHECK(contentOf(*record) == contentOf(mRecords.at(name)));
         }
-        FUZZ_CHECK(mService.mReceived.empty());
+        queue.mutex.unlock();
     }
 
-    Manager& manager() { return *mManagers[mIsOwn]; }
+    // Plays what was recorded of the last operation, before the same service.
+    void playRecording() {
+        std::istringstream lines(takeRecording());
+        mService.mReceived.clear();
+        std::swap(mManager.mRequestRecordQueue, mPlayed);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.rfind("{\"n\"", 0) != 0) {
+                continue;  // the header
+            }
+            std::vector<replay::LineError> errors;
+            const replay::CaptureStep step =
+                    replay::readCaptureLine(line, "", errors, replay::LineRules::kUnderHeader);
+            FUZZ_CHECK(errors.empty());
+            try {
+                step.run(mManager);
+            } catch (const Call&) {
+            }
+        }
+        std::swap(mManager.mRequestRecordQueue, mPlayed);
+        takeRecording();
+    }
 
     // The model's record that an update changes; without one, a record that nobody looks at.
     RequestRecord& found(bool byFrame = false) {
         for (auto& [key, record] : mRecords) {
-            if (mIsOwn && (byFrame ? record.frameInfo.imageName : key) == mName) {
+            if ((byFrame ? record.frameInfo.imageName : key) == mName) {
                 return record;
             }
         }
@@ -129,7 +155,7 @@ class Trial {
     template <typename... Arguments>
     void update(void (Manager::*operation)(std::string, Arguments...), Arguments&... arguments) {
         mSource.draw(arguments...);
-        (manager().*operation)(mName, arguments...);
+        (mManager.*operation)(mName, arguments...);
     }
 
     void failIf(bool condition, RequestRecord& record, const char* text) {
@@ -161,7 +187,8 @@ class Trial {
         }
         FUZZ_CHECK(threw == (mService.mLastCall <= calls.size()));
         calls.resize(std::min(calls.size(), mService.mLastCall));
-        FUZZ_CHECK(std::exchange(mService.mReceived, {}) == calls);
+        FUZZ_CHECK(mService.mReceived == calls);
+        mServed = std::exchange(mService.mReceived, {});
         return !threw;
     }
 
@@ -169,7 +196,7 @@ class Trial {
     void changeSurroundings() {
         int32_t seconds = 0;
         mSource.draw(seconds, mService.mAnswer);
-        clockTime = {seconds, mSource.ConsumeIntegralInRange(0, 999999999)};
+        clockTime = {seconds + (int64_t{1} << 31), mSource.ConsumeIntegralInRange(0, 999999999)};
         const int kind = mSource.range(0, 15);
         if (kind < 11) {
             mService.mAnswer = kind < 9 ? "enabled" : "enabled" + mService.mAnswer;
@@ -178,12 +205,11 @@ class Trial {
         zudebug::gZuCamLogLevel = kind == 0 ? ANDROID_LOG_FATAL : ANDROID_LOG_INFO;
     }
 
-    // The three switched operations work on getInstance(), whatever they are called on.
     void addOrRemove() {
         const bool adds = mSource.pick(4) != 0;
         const auto operation = adds ? &Manager::registerSnapshotRequestRecord
                                     : &Manager::unregisterSnapshotRequestRecord;
-        const auto run = [&] { (manager().*operation)(mName); };
+        const auto run = [&] { (mManager.*operation)(mName); };
         const bool worked = serve({{"queryValue", kSwitch}}, run) && isOn();
         if (worked && adds) {
             mRecords.try_emplace(mName, newRecord());
@@ -199,32 +225,32 @@ class Trial {
             const std::vector<Call> report = reportOn(mRecords.at(mName));
             calls.insert(calls.end(), report.begin(), report.end());
         }
-        serve(calls, [&] { manager().snapshotRequestInfoFlush(mName, type); });
+        serve(calls, [&] { mManager.snapshotRequestInfoFlush(mName, type); });
     }
 
     void requestReport() {
         const auto type = static_cast<InfoSyncType>(2 * mSource.range(-1, 2));
-        const auto& records = mManagers[true]->mRequestRecordQueue->records;
+        const auto& records = mManager.mRequestRecordQueue->records;
         const void* in = mRecords.count(mName) != 0 ? records.at(mName).get() : nullptr;
         const bool reports = in != nullptr && (type == 0 || type == 2);
         void* out = this;
         serve(reports ? reportOn(mRecords.at(mName)) : std::vector<Call>(),
-              [&] { manager().request(type, in, &out); });
+              [&] { mManager.request(type, in, &out); });
         FUZZ_CHECK(out == this);
     }
 
     void ask() {
         const char* key = mSource.coin() ? kSwitch.c_str() : mName.c_str();
         void* out = this;
-        const auto run = [&] { manager().request(INFO_SYNC_TYPE_CMD, key, &out); };
+        const auto run = [&] { mManager.request(INFO_SYNC_TYPE_CMD, key, &out); };
         if (!serve({{"queryValue", key}}, run)) {
             FUZZ_CHECK(out == this);
             return;
         }
         const std::string answer = isServed() ? mService.answerTo(key) : "";
         mAnswers.emplace_back(static_cast<char*>(out), answer.c_str());
-        manager().request(INFO_SYNC_TYPE_CMD, key, nullptr);
-        manager().request(INFO_SYNC_TYPE_CMD, nullptr, &out);
+        mManager.request(INFO_SYNC_TYPE_CMD, key, nullptr);
+        mManager.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
         FUZZ_CHECK(out == nullptr);
     }
 
@@ -256,10 +282,10 @@ class Trial {
                 return update(&Manager::updateVndResultInfo, info.vendorResultInfo);
             case 5:
                 mSource.draw(list, timesA, timesB, timesC, states);
-                return manager().updateZuAlgoInfo(mName, info.zuAlgoInfo);
+                return mManager.updateZuAlgoInfo(mName, info.zuAlgoInfo);
             default:
-                mSource.draw(mPostProc[mIsOwn]);
-                manager().updatePostProcInfo(mPostProc[mIsOwn]);
+                mSource.draw(mPostProc);
+                mManager.updatePostProcInfo(mPostProc);
         }
     }
 
@@ -278,7 +304,7 @@ class Trial {
                 results[missing] = "not_return";
             }
         }
-        results[static_cast<int32_t>(id)] = kResults[static_cast<size_t>(code)];
+        results[static_cast<int32_t>(id)] = ResultErrorCodeToChar[code];
         failIf(code != 0, record, "vendor result error");
     }
 
@@ -298,7 +324,7 @@ class Trial {
         std::string text;
         mSource.draw(text);
         const char* given = mSource.coin() ? text.c_str() : nullptr;
-        manager().updateSnapshotErrorInfo(mName, given);
+        mManager.updateSnapshotErrorInfo(mName, given);
         if (given != nullptr) {
             record.hasError = true;
             record.errorInfo.emplace_back(given);
@@ -310,12 +336,12 @@ class Trial {
         RequestRecord& record = found();
         uint32_t now = 0;
         update(&Manager::updateSnapshotTimeInfo, now);
-        if (now < kStages.size()) {
+        if (now < std::size(TimeStageToChar)) {
             stamp(record, now);
         }
         std::map<std::string, int64_t> times;
         update(&Manager::updateSnapshotTimeInfo, times);
-        for (const std::string& stage : kStages) {
+        for (const char* stage : TimeStageToChar) {
             if (times.count(stage) != 0) {
                 record.snapshotInfo.timeInfo[stage] = times[stage];
             }
@@ -328,7 +354,7 @@ class Trial {
         std::string node;
         mSource.draw(node);
         mSource.draw(timesA[node], timesB[node], timesC[node]);
-        manager().updateNodeProcTime(mName, node, timesA[node], timesB[node], timesC[node]);
+        mManager.updateNodeProcTime(mName, node, timesA[node], timesB[node], timesC[node]);
         failIf(timesB[node] == -1.0, record, "node process time out");
     }
 
@@ -340,25 +366,26 @@ class Trial {
         int32_t state = 0;
         update(&Manager::updateNodeProcState, node, state);
         if (state >= 0 && state < 5) {
-            stored[node] = kStates[static_cast<size_t>(state)];
+            stored[node] = NodeProcInfoToChar[state];
             failIf(state != 0, record, "node process error");
         }
         std::map<std::string, std::string> states;
         update(&Manager::updateNodeProcState, states);
-        for (const auto& [key, text] : states) {
-            stored[key] = text;
-        }
+        states.merge(stored);  // those given come first
+        stored = states;
     }
 
     Source mSource;
     Service mService;
-    Manager* mManagers[2] = {static_cast<Manager*>(GetInstance()), &Manager::getInstance()};
-    bool mIsOwn = true;  // whether the operation is called on getInstance()
-    std::string mName;   // the image that it is about
+    Manager& mManager = Manager::getInstance();
+    std::shared_ptr<RequestRecordQueue> mPlayed = std::make_shared<RequestRecordQueue>();
+    const bool mPlays;          // not for all inputs: playing takes most of the time
+    std::vector<Call> mServed;  // what the operation's calls to the service were
+    std::string mName;          // the image that the operation is about
     std::map<std::string, RequestRecord> mRecords;
     RequestRecord mNobody = newRecord();
     std::vector<std::string> mFailed;
-    std::map<std::string, uint32_t> mPostProc[2];
+    std::map<std::string, uint32_t> mPostProc;
     std::vector<std::pair<const char*, std::string>> mAnswers;  // as they came, and copies
 };
 

@@ -1,35 +1,26 @@
 // What becomes of records, and what a report on one says: a second, plain account of the library's
-// behaviour. It keeps records in the library's plain type and shares no other code with it.
+// behaviour. It keeps records in the library's plain type and takes the texts of codes from the
+// library's tables, which the unit tests show to be right; it shares no other code with it.
 
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <iterator>
 #include <limits>
 #include <map>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "CallService.h"
 #include "RequestRecord.h"
 
 namespace fuzz {
 
 using camInfosync::RequestRecord;
-
-// A call to the service: its name and its arguments.
-using Call = std::vector<std::string>;
-
-// The texts of codes, which the unit tests show to be right.
-template <size_t Size>
-std::vector<std::string> texts(const char* const (&table)[Size]) {
-    return {std::begin(table), std::end(table)};
-}
-inline const std::vector<std::string> kStages = texts(camInfosync::TimeStageToChar);
-inline const std::vector<std::string> kStates = texts(camInfosync::NodeProcInfoToChar);
-inline const std::vector<std::string> kResults = texts(camInfosync::ResultErrorCodeToChar);
+using camInfosync::TimeStageToChar;
+using doubles::Call;
 
 // CLOCK_MONOTONIC, for the library too.
 inline timespec clockTime{};
@@ -93,15 +84,15 @@ inline void stamp(RequestRecord& record, uint32_t stage) {
     const int64_t rest = (clockTime.tv_nsec - record.createTime.tv_nsec) / 1000000;
     const auto interval = static_cast<int32_t>(static_cast<uint32_t>(seconds * 1000 + rest));
     std::map<std::string, int64_t>& times = record.snapshotInfo.timeInfo;
-    int64_t& time = times[kStages[stage]];
+    int64_t& time = times[TimeStageToChar[stage]];
     time = stage == 7 || stage == 11 ? 0 : interval;
     if (stage == 0) {
         time = -1;
         record.requestTime = clockTime;
     } else if (stage == 3 || stage == 13) {
-        times[kStages[16 - stage]] = interval;
+        times[TimeStageToChar[16 - stage]] = interval;
     } else if (stage == 6) {
-        time = truncated<int64_t>(interval - static_cast<double>(times[kStages[4]]));
+        time = truncated<int64_t>(interval - static_cast<double>(times[TimeStageToChar[4]]));
     }
 }
 

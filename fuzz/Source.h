@@ -52,7 +52,7 @@ class Source : public FuzzedDataProvider {
         const size_t most = pick(16) == 0 ? 300 : 8;
         text = coin()   ? ConsumeBytesAsString(ConsumeIntegralInRange<size_t>(0, most))
                : coin() ? any(kNames)
-                        : any(kStages);
+                        : any(TimeStageToChar);
     }
     template <typename Element>
     void drawOne(std::vector<Element>& list) {

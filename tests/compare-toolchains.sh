@@ -12,12 +12,9 @@ trap 'rm -rf "$work"' EXIT
 play() {
     local output=$1 scenario=$2
     shift 2
-    local options=() sizes='queue size:'
+    local sizes='queue size:'
     grep -q '"thread"' "$scenario" && sizes='queue size: .*'
-    case $scenario in *switched-off*)
-        options=(--property persist.vendor.camera.camquill.supported=false) ;;
-    esac
-    INFOSYNC_DEBUG_MASK=1 "$@" "${options[@]}" --log-level debug --json "$output.jsonl" "$scenario" \
+    INFOSYNC_DEBUG_MASK=1 "$@" --log-level debug --json "$output.jsonl" "$scenario" \
         >"$output.txt" 2>"$output.err"
     sed -E 's/^([^ ]+ [VDIWEF]) [0-9-]+ [0-9:]+ +[0-9]+ +[0-9]+ /\1 /
             s/(mIntentAwareImpl is|features_mgr_handle =) .*/\1 ADDRESS/

@@ -1,2 +1,2 @@
 # Walks the nodes of the record's copy.
-s/const SnapshotInfo::ZuAlgoInfo algo = /const SnapshotInfo::ZuAlgoInfo\& algo = /
+s/const AlgorithmCopy algo\(/const auto\& algo(/

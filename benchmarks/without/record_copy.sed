@@ -1,2 +1,3 @@
 # Reports from the queue's own record.
-s/const RequestRecord record = /const RequestRecord\& record = /
+s/const RecordCopy record\(/const RequestRecord\& record(/
+s/const RecordCopy\& /const RequestRecord\& /

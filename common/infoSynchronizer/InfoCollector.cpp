@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "InfoSyncType.h"
 #include "InfoSynchronizer.h"
@@ -12,6 +11,7 @@
 #include "Log.h"
 #include "LogSites.h"
 #include "NumberText.h"
+#include "RecordCopy.h"
 #include "RequestRecord.h"
 #include "Saturate.h"
 
@@ -26,18 +26,61 @@ constexpr int32_t kFinishSecond = 10000;
 
 constexpr size_t kUsualEventSize = 256;  // of an event with names of up to 80 characters
 
-// How a node's start event ends, and where the digit of its stage lies before the end.
-constexpr std::string_view kStartEnd = R"(","node_stage":"0"}})";
-constexpr size_t kStageFromEnd = 4;
-static_assert(kStartEnd[kStartEnd.size() - kStageFromEnd] == '0');
+// The event of a node. A report's node events differ in three places only, so that one text
+// serves them all.
+class NodeEvent {
+  public:
+    // Builds the event into `text`, whose memory it uses, without a node and a time.
+    NodeEvent(std::string& text, const RecordCopy& record);
+
+    void setNode(std::string_view node);
+    void setTimeAndStage(double time, char stage);
+
+  private:
+    static constexpr std::string_view kBegin = R"({")";
+    static constexpr std::string_view kEnd = R"(","node_stage":"0"}})";
+    static constexpr size_t kStageFromEnd = 4;
+    static_assert(kEnd[kEnd.size() - kStageFromEnd] == '0');
+
+    std::string& mText;
+    size_t mNodeSize = 0;
+    size_t mTimeBegin;
+    size_t mTimeSize = 0;
+};
+
+NodeEvent::NodeEvent(std::string& text, const RecordCopy& record) : mText(text) {
+    mText = kBegin;
+    mText += R"(":{"pipeline_name":")";
+    mText += record.frameInfo.imageName;
+    mText += R"(","timestamp":")";
+    mTimeBegin = mText.size();
+    mText += R"(","cam_id":")";
+    // Deliberate: unsigned and empty without a camera; the parameter is signed and -1 then.
+    if (!record.frameInfo.camIds.empty()) {
+        mText += NumberText(record.frameInfo.camIds.front()).text();
+    }
+    mText += kEnd;
+}
+
+void NodeEvent::setNode(std::string_view node) {
+    mText.replace(kBegin.size(), mNodeSize, node);
+    mTimeBegin = mTimeBegin - mNodeSize + node.size();
+    mNodeSize = node.size();
+}
+
+void NodeEvent::setTimeAndStage(double time, char stage) {
+    const NumberText number(truncateSaturated<int64_t>(time));
+    mText.replace(mTimeBegin, mTimeSize, number.text());
+    mTimeSize = number.text().size();
+    mText[mText.size() - kStageFromEnd] = stage;
+}
 
 // Sends the report on one record. The texts are concatenated as they are: names that hold
 // quotes give a report that is no JSON, and the service is used to that.
 class Report {
   public:
     // Keeps a reference: the record must outlive the report.
-    explicit Report(const RequestRecord& record)
-        : mRecord(record), mId(record.frameInfo.imageName) {
+    explicit Report(const RecordCopy& record) : mRecord(record), mId(record.frameInfo.imageName) {
         mEvent.reserve(kUsualEventSize);
     }
 
@@ -50,14 +93,10 @@ class Report {
     void sendParam(const char* key, Number value);
     void sendEvent();
     void buildSubmitEvent();
-    void buildStartEvent(const std::string& node, double time);
-    void turnIntoCompletionEvent(double time);
 
-    const RequestRecord& mRecord;
+    const RecordCopy& mRecord;
     const std::string mId;
-    std::string mEvent;     // the event being sent; one buffer for all
-    size_t mTimeBegin = 0;  // where the time lies in a start event
-    size_t mTimeEnd = 0;
+    std::string mEvent;  // the event being sent; one buffer for all
     std::string mValue;  // the parameter value being sent
 };
 
@@ -85,33 +124,9 @@ void Report::buildSubmitEvent() {
     mEvent += R"("}})";
 }
 
-void Report::buildStartEvent(const std::string& node, double time) {
-    mEvent = R"({")";
-    mEvent += node;
-    mEvent += R"(":{"pipeline_name":")";
-    mEvent += mId;
-    mEvent += R"(","timestamp":")";
-    mTimeBegin = mEvent.size();
-    mEvent += NumberText(truncateSaturated<int64_t>(time)).text();
-    mTimeEnd = mEvent.size();
-    mEvent += R"(","cam_id":")";
-    // Deliberate: unsigned and empty without a camera; the parameter is signed and -1 then.
-    if (!mRecord.frameInfo.camIds.empty()) {
-        mEvent += NumberText(mRecord.frameInfo.camIds.front()).text();
-    }
-    mEvent += kStartEnd;
-}
-
-// The two events of a node differ in the time and in the stage only.
-void Report::turnIntoCompletionEvent(double time) {
-    mEvent[mEvent.size() - kStageFromEnd] = '2';
-    mEvent.replace(mTimeBegin, mTimeEnd - mTimeBegin,
-                   NumberText(truncateSaturated<int64_t>(time)).text());
-}
-
 void Report::sendParams() {
-    const SnapshotInfo& snapshot = mRecord.snapshotInfo;
-    const std::vector<uint32_t>& camIds = mRecord.frameInfo.camIds;
+    const auto& snapshot = mRecord.snapshotInfo;
+    const auto& camIds = mRecord.frameInfo.camIds;
     sendParam("iso", snapshot.iso);
     sendParam("lux", snapshot.lux);
     sendParam("face_detect", snapshot.faceDetect);
@@ -122,16 +137,30 @@ void Report::sendParams() {
     sendParam("exposure_time", snapshot.exposureTime);
 }
 
+// Moves `entry` on to `key`, in the order of keys. False if there is no such entry.
+template <typename Iterator>
+bool moveTo(std::string_view key, Iterator& entry, Iterator end) {
+    for (; entry != end; ++entry) {
+        const int order = key.compare(entry->first);
+        if (order <= 0) {
+            return order == 0;
+        }
+    }
+    return false;
+}
+
 void Report::sendNodeEvents() {
-    const SnapshotInfo::ZuAlgoInfo algo = mRecord.snapshotInfo.zuAlgoInfo;
+    const AlgorithmCopy algo(mRecord.snapshotInfo.zuAlgoInfo);
+    NodeEvent event(mEvent, mRecord);
+    auto completion = algo.algoTimeC.begin();
     for (const auto& [node, startTime] : algo.algoTimeA) {
-        buildStartEvent(node, startTime);
+        event.setNode(node);
+        event.setTimeAndStage(startTime, '0');
         INFOSYNC_LOGI(site::kStartEvent, "stime %s", mEvent.c_str());
         sendEvent();
 
-        const auto completion = algo.algoTimeC.find(node);
-        if (completion != algo.algoTimeC.end()) {
-            turnIntoCompletionEvent(completion->second);
+        if (moveTo(node, completion, algo.algoTimeC.end())) {
+            event.setTimeAndStage(completion->second, '2');
             INFOSYNC_LOGI(site::kCompletionEvent, "ctime %s", mEvent.c_str());
             sendEvent();
         }
@@ -160,7 +189,7 @@ void InfoCollector::requestInfo(const void* in) {
         INFOSYNC_LOGW(INFOSYNC_HERE("requestInfo"), "no record given");
         return;
     }
-    const RequestRecord record = *static_cast<const RequestRecord*>(in);
+    const RecordCopy record(*static_cast<const RequestRecord*>(in));
     Report(record).send();
 }
 

@@ -1,9 +1,10 @@
-// Where a desk keeps what a phone has under its root.
+// Where a desk keeps what a phone has under its root, and what stands in front of the C library.
 
 #pragma once
 
 #include <dlfcn.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -23,3 +24,13 @@ inline std::string hostRoot() {
     const std::string path = library.dli_fname;
     return path.substr(0, path.rfind('/') + 1) + "../../host-root";
 }
+
+// When and on which thread a call was recorded.
+struct RecordedMoment {
+    uint64_t monotonic;  // CLOCK_MONOTONIC in nanoseconds
+    int32_t tid;         // 0: not recorded
+};
+
+// From now on, clock_gettime(CLOCK_MONOTONIC) and gettid tell the calling thread what `moment`
+// holds, which is read each time; null: the truth. Programs that link hostroot have it.
+extern "C" void infosyncPretend(const RecordedMoment* moment);

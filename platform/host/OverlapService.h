@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,3 +27,12 @@ inline constexpr char kOverlapServicePath[] = "/vendor/lib64/com.veltro.camhal.o
 using TakeServiceCalls = void(std::vector<ServiceCall>* calls);
 extern "C" TakeServiceCalls infosyncTakeServiceCalls;
 inline constexpr char kTakeServiceCalls[] = "infosyncTakeServiceCalls";
+
+// Answers a question of the library, on the thread that asks. May throw.
+using AnswerQuestion = std::function<std::string(const std::string& key)>;
+
+// Makes `answer` the one that answers from now on; an empty one leaves it to the environment. To be
+// called while nobody asks.
+using SetAnswers = void(AnswerQuestion answer);
+extern "C" SetAnswers infosyncSetAnswers;
+inline constexpr char kSetAnswers[] = "infosyncSetAnswers";

@@ -2,19 +2,21 @@
 
 #include "CaptureLog.h"
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "InfoSynchronizerManager.h"
+#include "RecordModel.h"
 
 namespace {
 
-using camInfosync::InfoSynchronizerManager;
+using namespace camInfosync;  // NOLINT(google-build-using-namespace)
 
 std::string call(const std::string& name, const std::string& fields) {
     return R"({"call":")" + name + R"(","image":"A",)" + fields + '}';
@@ -31,8 +33,6 @@ void play(const std::vector<std::string>& lines) {
     }
 }
 
-using Times = std::map<std::string, double>;
-
 // What the reports of the scenarios do not show.
 TEST(CaptureLine, GivesEachFieldToItsArgument) {
     play({R"({"call":"registerSnapshotRequestRecord","image":"A"})",
@@ -42,35 +42,40 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
                R"("reqValueA":-6,"reqValueB":7,"reqFlag":true,"reqIdsA":[8],)"
                R"("reqValue64":18446744073709551615,"expectedResultIds":[9,10])"),
           call("updateUIInfo", R"("requestType":-11,"camMode":12,"faceDetect":13,)"
-                               R"("zoomRatio":1.5,"uiExtra":"\u0000x")"),
-          call("updateAnchor3aInfo",
-               R"("fstop":2,"iso":14,"lux":2.5,"exposureTime":-9223372036854775808)"),
+                               R"("zoomRatio":7.038531e-26,"uiExtra":"\u0000x")"),
+          call("updateAnchor3aInfo", R"("fstop":-0.0,"iso":14,"lux":"nan:0xffa00001",)"
+                                     R"("exposureTime":-9223372036854775808)"),
           call("updateAnchorFrame", R"("anchorFrame":15)"),
           call("updateVndResultInfo", R"("vendorResultInfo":{"-7":"seven"})"),
-          call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":1},)"
-                                   R"("algoTimeB":{"b":2},"algoTimeC":{"c":3e0}})"),
-          call("updateSnapshotTimeInfo", R"("stage":0)"),
+          call("updateVndResultInfo", R"("resultId":8,"errorCode":"error_result")"),
+          call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":"-inf"},)"
+                                   R"("algoTimeB":[[{"hex":"ff00C3"},2]],"algoTimeC":{"c":3e0}})"),
+          call("updateNodeProcState", R"("node":"n","state":"GetOutputError")"),
+          call("updateSnapshotTimeInfo", R"("stage":"1request_to_zuhal")"),
           call("updateSnapshotTimeInfo", R"("timeInfo":{"15shot_2_view":19})"),
           R"({"call":"updatePostProcInfo","postProcInfo":{"p":20}})"});
     const auto& queue = *InfoSynchronizerManager::getInstance().mRequestRecordQueue;
-    const camInfosync::RequestRecord& record = *queue.records.at("A#2");
-    const camInfosync::SnapshotInfo& info = record.snapshotInfo;
-    const auto& [valueA, valueB, anchorFrame, flag, value64, idsA, expected] = info.requestInfo;
-    const auto& [algoList, timeA, timeB, timeC, state] = info.zuAlgoInfo;
-    EXPECT_EQ(std::tuple(4294967295U, 5U),
-              std::tie(record.frameInfo.frameNumber, record.frameInfo.frameExtra));
-    EXPECT_EQ(std::tuple(-6, 7, 15, true, UINT64_MAX, std::vector<int32_t>{8}),
-              std::tie(valueA, valueB, anchorFrame, flag, value64, idsA));
-    EXPECT_EQ((std::vector<int32_t>{9, 10}), expected);
-    EXPECT_EQ(std::tuple(-11, std::string("\0x", 2), 1.5F, INT64_MIN),
-              std::tie(info.requestType, info.uiExtra, info.zoomRatio, info.exposureTime));
-    EXPECT_EQ((std::map<int32_t, std::string>{{-7, "seven"}}), info.vendorResultInfo);
-    EXPECT_EQ((std::tuple(std::vector<std::string>{"a"}, Times{{"a", 1}}, Times{{"b", 2}},
-                          Times{{"c", 3}})),
-              std::tie(algoList, timeA, timeB, timeC));
-    EXPECT_TRUE(state.empty());
-    EXPECT_EQ((std::map<std::string, int64_t>{{"15shot_2_view", 19}, {"1request_to_zuhal", -1}}),
-              info.timeInfo);
+    const RequestRecord& record = *queue.records.at("A#2");
+    RequestRecord expected = record;  // the rest is the scenarios'
+    expected.frameInfo = {4294967295U, "2", {3, 4, 3, 4}, 5, "A#2"};
+    SnapshotInfo& info = expected.snapshotInfo;
+    info.requestType = static_cast<RequestType>(-11);
+    info.uiExtra = std::string("\0x", 2);
+    info.zoomRatio = 7.038531e-26F;  // another one if it is rounded to a double first
+    info.exposureTime = INT64_MIN;
+    info.fstop = -0.0F;
+    const uint32_t luxBits = 0xffa00001U;
+    std::memcpy(&info.lux, &luxBits, sizeof(luxBits));
+    info.requestInfo = {-6, 7, 15, true, UINT64_MAX, {8}, {9, 10}};
+    info.vendorResultInfo = {
+            {-7, "seven"}, {8, "error_result"}, {9, "not_return"}, {10, "not_return"}};
+    info.zuAlgoInfo = {{"a"},
+                       {{"a", -INFINITY}},
+                       {{std::string("\xff\0\xc3", 3), 2}},
+                       {{"c", 3}},
+                       {{"n", "GetOutputError"}}};
+    info.timeInfo = {{"15shot_2_view", 19}, {"1request_to_zuhal", -1}};
+    EXPECT_EQ(fuzz::contentOf(record), fuzz::contentOf(expected));
     EXPECT_EQ((std::map<std::string, uint32_t>{{"p", 20}}), queue.postProcInfo);
     play({R"({"call":"unregisterSnapshotRequestRecord","image":"A"})"});
 }

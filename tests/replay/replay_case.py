@@ -44,6 +44,21 @@ def anchor(image, iso, **fields):
     return call("updateAnchor3aInfo", image, fstop=1, iso=iso, lux=1, exposureTime=1, **fields)
 
 
+def header(**fields):
+    return json.dumps({"format": "camInfosync capture log", "version": "1.0", **fields})
+
+
+def recorded(number, line, tid=1, at=0, thread="t"):
+    """A line, as another function here makes it, as it is recorded."""
+    return json.dumps({"n": number, "at": at, "thread": thread, "tid": tid, **json.loads(line)})
+
+
+def answered(number, answer, tid=1, at=0, **fields):
+    fields = {"answer": answer, **fields} if answer is not None else fields
+    return json.dumps({"answered": number, "at": at, "thread": "t", "tid": tid,
+                       "key": "snapshotInfoCollectEnable", **fields})
+
+
 def slow_calls(thread, between=lambda number: [], ids=20_000):
     """Each result takes the thread so long that calls queue up behind it."""
     lines = [register("slow", thread=thread),

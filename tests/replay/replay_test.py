@@ -34,7 +34,7 @@ class Reports(ReplayTest):
         self.play("night-shot")
 
     def test_switched_off(self):
-        self.play("switched-off", "--property=persist.vendor.camera.camquill.supported=false")
+        self.play("switched-off")
 
     def test_hostile_names(self):
         self.play("hostile-names")
@@ -241,7 +241,8 @@ class Refused(ReplayTest):
     def test_bad_log(self):
         self.refuse("bad.jsonl", "--json", "calls.jsonl", says="")
         self.expect("bad.txt", self.err)
-        self.refuse(self.write(*["{}"] * 10), says="log.jsonl:10: call: is missing\n")
+        self.refuse(self.write('{"sleepMs":0}', *["{}"] * 10),
+                    says="log.jsonl:11: call: is missing\n")
         self.assertNotIn("more", self.err)
         self.refuse("-", stdin=(self.folder / "bad.jsonl").read_bytes(),
                     says="standard input:1: frameNumber: must be")

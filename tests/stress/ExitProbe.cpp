@@ -11,6 +11,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "Allocations.h"
 #include "InfoSynchronizerManager.h"
@@ -121,10 +122,7 @@ void limitMemory() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const struct {
-        const char* name;
-        void (*run)();
-    } ends[] = {
+    const std::pair<const char*, void (*)()> ends[] = {
             {"nothing", [] {}},
             {"GetInstance", [] { expect(GetInstance() != nullptr); }},
             {"getInstance", [] { manager(); }},
@@ -134,9 +132,9 @@ int main(int argc, char** argv) {
             {"memory", endMemory},
             {"limits", limitMemory},
     };
-    for (const auto& end : ends) {
-        if (argc == 2 && std::strcmp(argv[1], end.name) == 0) {
-            end.run();
+    for (const auto& [name, run] : ends) {
+        if (argc == 2 && std::strcmp(argv[1], name) == 0) {
+            run();
             return 0;
         }
     }

@@ -21,7 +21,6 @@
 #include <functional>
 #include <iterator>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -30,13 +29,16 @@
 #include <zudebug/Log.h>
 
 #include "Allocations.h"
+#include "CallService.h"
 #include "InfoSynchronizerManager.h"
-#include "ServiceBase.h"
+#include "RecordModel.h"
 
 namespace {
 
 using namespace camInfosync;  // NOLINT(google-build-using-namespace)
+using doubles::Call;
 using Clock = std::chrono::steady_clock;
+using Report = std::vector<Call>;
 
 constexpr int kThreads = 8;
 
@@ -54,34 +56,31 @@ void expect(bool holds, const char* what) {
     }
 }
 
-// Keeps each report as one text.
-class Service final : public ServiceBase {
-  public:
-    void setParam(const std::string& id, const std::string& key,
-                  const std::string& value) override {
-        std::this_thread::sleep_for(std::chrono::milliseconds(key == "iso" ? mFlushMs : 0));
-        mReport += "P " + id + " " + key + "=" + value + "\n";
-    }
-    void reportEvent(const std::string& id, const std::string& event) override {
-        mReport += "E " + id + " " + event + "\n";
-    }
-    void finishReport(std::string id, int32_t first, int32_t second) override {
-        mReport += "F " + id + " " + std::to_string(first) + " " + std::to_string(second) + "\n";
-        std::lock_guard<std::mutex> lock(mMutex);
-        mReports.push_back(std::exchange(mReport, {}));
-    }
-    // Another answer to each question: collection must be forced on.
-    std::string queryValue(std::string /*key*/) override { return kAnswers[mNext++ % 3]; }
+thread_local Report received;  // by the service, on this thread
 
+class Service final : public doubles::CallService {
+  public:
     int mFlushMs = 0;
     std::mutex mMutex;
-    std::vector<std::string> mReports;  // guarded by mMutex
+    std::vector<Report> mReports;  // guarded by mMutex
 
   private:
+    void receive(const Call& call) override {
+        if (call[0] == "queryValue") {
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(call[2] == "iso" ? mFlushMs : 0));
+        received.push_back(call);
+        if (call[0] == "finishReport") {
+            std::lock_guard<std::mutex> lock(mMutex);
+            mReports.push_back(std::exchange(received, {}));
+        }
+    }
+    // Another answer to each question: collection must be forced on.
+    std::string answerTo(const std::string& /*key*/) override { return kAnswers[mNext++ % 3]; }
+
     std::atomic<size_t> mNext{0};
-    static thread_local std::string mReport;  // being received
 };
-thread_local std::string Service::mReport;
 Service service;
 
 // The sums of a round.
@@ -167,54 +166,41 @@ void damage(const std::string& name, const std::string& node, int i,
                  name);
 }
 
-// What fill() and damage() make of a snapshot.
-std::string ownReport(int thread, int i) {
-    const std::string name = ownName(thread, i);
-    const std::string number = std::to_string(i);
-    const std::string camera = std::to_string(i % 4);
-    const auto param = [&](const std::string& keyAndValue) {
-        return "P " + name + " " + keyAndValue + "\n";
-    };
-    const auto frame = [&](const std::string& key, const std::string& time) {
-        return "\"" + key + R"(":{"pipeline_name":")" + name + R"(","timestamp":")" + time + '"';
-    };
-    const auto node = [&](const std::string& key, int time, int stage) {
-        return "E " + name + " {" + frame(key, std::to_string(time)) + R"(,"cam_id":")" + camera +
-               R"(","node_stage":")" + std::to_string(stage) + "\"}}\n";
-    };
-    return param("iso=" + number) + param("lux=100.000000") +
-           param("face_detect=" + std::to_string(i % 3)) + param("cam_mode=5") +
-           param("cam_id=" + camera) + param("fstop=1.500000") + param("zoom_ratio=2") +
-           param("exposure_time=" + std::to_string(-i)) + "E " + name + " { " +
-           frame("submit-request", number) + "}}\n" + node("a", i, 0) + node("a", i + 2, 2) +
-           node("b", i, 0) + node("b", i + 1, 2) + node("never", 0, 0) + "F " + name +
-           " 1022 10000\n";
+// The report on what fill() and damage() make of a snapshot.
+Report ownReport(int thread, int i) {
+    const auto n = static_cast<uint32_t>(i);
+    RequestRecord record(REQUEST_TYPE_DEFAULT);
+    record.frameInfo = {n, std::to_string(i), {n % 4}, 1, ownName(thread, i)};
+    SnapshotInfo& info = record.snapshotInfo;
+    info.camMode = 5;
+    info.faceDetect = i % 3;
+    info.zoomRatio = 2.75F;
+    info.fstop = 1.5F;
+    info.iso = i;
+    info.lux = 100.0F;
+    info.exposureTime = -i;
+    info.zuAlgoInfo.algoTimeA = {{"a", i}, {"b", i + 0.5}, {"never", 0}};
+    info.zuAlgoInfo.algoTimeC = {{"a", i + 2}, {"b", i + 1.5}};
+    return fuzz::reportOn(record);
 }
 
 // What a report on a shared image must have, whoever wrote last: eight parameters first, the end
 // last, and all of one id. A record that was flushed before its updateFrameInfo has an empty one.
-bool isWhole(const std::string& report) {
-    const std::string id = report.substr(2, report.find(" iso=") - 2) + " ";
-    const std::string end = "F " + id + "1022 10000\n";
-    std::istringstream lines(report);
+bool isWhole(const Report& report) {
+    const std::string& id = report[0][1];
     std::string kinds;
-    for (std::string line; std::getline(lines, line) && line.compare(2, id.size(), id) == 0;) {
-        kinds += line[0];
+    for (const Call& call : report) {
+        kinds += call[1] == id ? call[0][0] : '?';
     }
-    const size_t events = std::min(kinds.find_first_not_of('P'), kinds.size());
-    return events == 8 && kinds.find_first_not_of('E', events) == kinds.size() - 1 &&
-           report.size() > end.size() && report.substr(report.size() - end.size()) == end;
+    const size_t events = std::max(report.size(), size_t{9}) - 9;
+    return kinds == "ssssssss" + std::string(events, 'r') + "f" &&
+           report.back() == Call{"finishReport", id, "1022", "10000"};
 }
 
 void checkLanded(const std::string& name, size_t errors) {
     RequestRecordQueue& queue = *manager().mRequestRecordQueue;
     std::lock_guard<std::mutex> lock(queue.mutex);
-    const auto position = queue.records.find(name);
-    if (position == queue.records.end()) {
-        expect(false, "a record stays until it is unregistered");
-        return;
-    }
-    const RequestRecord& record = *position->second;
+    const RequestRecord& record = *queue.records.at(name);
     expect(record.hasError && record.errorInfo.size() == errors + 1 &&
                    record.snapshotInfo.timeInfo.size() == 15 &&
                    record.snapshotInfo.vendorResultInfo.size() == 3,
@@ -287,13 +273,14 @@ void disturb(Totals& totals) {
 void checkReports(const Totals& totals, int count) {
     std::vector<int> own(kThreads);
     int residents = 0;
-    for (const std::string& report : service.mReports) {
+    for (const Report& report : service.mReports) {
+        const std::string& image = report[0][1];
         int thread = 0;
-        if (std::sscanf(report.c_str(), "P own-%d", &thread) == 1) {
+        if (std::sscanf(image.c_str(), "own-%d", &thread) == 1) {
             expect(report == ownReport(thread, own.at(static_cast<size_t>(thread))++),
                    "snapshots of a thread's own give one report each, in order");
         } else {
-            residents += report.rfind("P resident-", 0) == 0 ? 1 : 0;
+            residents += image.rfind("resident-", 0) == 0 ? 1 : 0;
             expect(isWhole(report), "a report on a shared image is whole");
         }
     }
@@ -310,7 +297,7 @@ void checkAndForget(Totals& totals, int count) {
     expect(queue.records.empty(), "the queue is empty");
     checkReports(totals, count);
     std::vector<std::string>().swap(queue.errorImageNames);
-    std::vector<std::string>().swap(service.mReports);
+    std::vector<Report>().swap(service.mReports);
     queue.postProcInfo.clear();
 }
 

@@ -78,11 +78,11 @@ TEST_F(Collector, WithoutAServiceTheReportIsStillLogged) {
 TEST_F(Collector, NumbersAreTruncatedAndSaturated) {
     constexpr double inf = std::numeric_limits<double>::infinity();
     std::vector<std::string> seen;
-    for (const double number :
-         {1.9, -0.5, -2.75, 2147483520.0, 2147483648.0, -2147483648.0, 1e30, -1e30,
-          9223372036854774784.0, 9223372036854775808.0, inf, -inf,
-          // as floats; halves of a millionth go to the even one
-          -0.0, 0.0078125, -0.0234375, 1e-7, 6e-7, 999999.9375, -999999995904.0, 1000000061440.0}) {
+    for (const double number : {1.9, -0.5, -2.75, 2147483520.0, 2147483648.0, -2147483648.0, 1e30,
+                                -1e30, 9223372036854774784.0, 9223372036854775808.0, inf, -inf,
+                                // as floats; halves of a millionth go to the even one
+                                -0.0, 0.99999994, 0.0078125, -0.0234375, 1e-7, 6e-7, 999999.9375,
+                                -999999995904.0, 1000000061440.0}) {
         snapshot.lux = snapshot.zoomRatio = static_cast<float>(number);
         algo.algoTimeA["n"] = algo.algoTimeC["n"] = number;
         const std::vector<std::string> calls = report();
@@ -103,7 +103,7 @@ TEST_F(Collector, ServiceIsLookedAtBeforeEachCall) {
     for (size_t last = 1; last <= 12; ++last) {
         InfoSynchronizer::mIntentAwareImpl = doubles::service();
         size_t calls = 0;
-        doubles::onCall = [&calls, last] {
+        doubles::onCall = [&calls, last](const auto& /*call*/) {
             if (++calls == last) {
                 InfoSynchronizer::mIntentAwareImpl = nullptr;
             }
@@ -117,7 +117,9 @@ TEST_F(Collector, RecordIsCopiedBeforeTheFirstCallAndNeverChanged) {
     record.frameInfo.camIds = {3};
     algo.algoTimeA = {{"n", 1.0}};
     const std::vector<std::string> expected = report();
-    doubles::onCall = [this] { record = RequestRecord(REQUEST_TYPE_DEFAULT); };
+    doubles::onCall = [this](const auto& /*call*/) {
+        record = RequestRecord(REQUEST_TYPE_DEFAULT);
+    };
     EXPECT_EQ(report(), expected);
     EXPECT_EQ(expected.size(), 11U);
 }

@@ -1,10 +1,9 @@
-// The manager: the two of them, dispatch, the flush, the gates of the logs, and what each update
-// writes. See also fresh_process_test.py.
+// The manager: the two of them, dispatch, the flush, and the gates of the logs. See also
+// fresh_process_test.py.
 
 #include <sys/resource.h>
 
 #include <chrono>
-#include <cmath>
 #include <future>
 #include <memory>
 #include <stdexcept>
@@ -29,6 +28,11 @@ class Manager : public doubles::Test {
         doubles::takeJournal();
     }
     ~Manager() override { InfoSynchronizer::mIntentAwareImpl = doubles::service(); }
+
+    void flush(const char* image) {
+        manager.snapshotRequestInfoFlush(image, INFO_SYNC_TYPE_COLLECT);
+    }
+    bool isFree() { return doubles::isFree(queue.mutex); }
 
     InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
     RequestRecordQueue& queue = *manager.mRequestRecordQueue;
@@ -129,36 +133,57 @@ TEST_F(Manager, FlushReportsTypeZeroOnlyAndKeepsTheRecord) {
         doubles::note("type", type);
         manager.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(type));
     }
-    manager.snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
+    flush("B");
     manager.mSynchronizers[INFO_SYNC_TYPE_COLLECT_ALT] = second;
     EXPECT_EQ(queue.records.count("A"), 1U);
 }
 
-TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSentOrThrown) {
-    const auto tryLock = [this] {
-        return std::unique_lock<std::mutex>(queue.mutex, std::try_to_lock).owns_lock();
-    };
-    const auto isFree = [&] { return std::async(std::launch::async, tryLock).get(); };
-    const auto flush = [this] { manager.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); };
+TEST_F(Manager, FlushHoldsTheMutexUntilTheReportIsSent) {
     queue.emplace_back("A");
-    doubles::onCall = [&] { EXPECT_FALSE(isFree()); };
-    doubles::onQuery = [&](std::string& /*key*/) {
-        EXPECT_TRUE(isFree());
-        return "enabled";
+    void* answer = nullptr;
+    bool isReporting = false;
+    doubles::onCall = [&](const doubles::Call& call) {
+        const bool isQuery = call[0] == "queryValue";
+        EXPECT_EQ(isFree(), isQuery && !isReporting);
+        if (!isQuery) {
+            isReporting = true;
+            manager.request(INFO_SYNC_TYPE_CMD, kCommand, &answer);
+            isReporting = false;
+        }
     };
     bool lastLineWasLocked = false;
     doubles::onLog = [&] { lastLineWasLocked = !isFree(); };
-    EXPECT_EQ(doubles::locksOf(&queue.mutex, flush), 2);
+    EXPECT_EQ(doubles::locksOf(&queue.mutex, [this] { flush("A"); }), 2);
     EXPECT_TRUE(lastLineWasLocked);
-    doubles::onLog = nullptr;
     doubles::takeJournal();
-    const auto kept = queue.records;
-    doubles::locksOf(&queue.mutex, flush, [this] { queue.records.clear(); });
+    doubles::locksOf(
+            &queue.mutex, [this] { flush("A"); }, [this] { queue.records.clear(); });
     doubles::note("removed before the flush has the mutex");
-    queue.records = kept;
-    doubles::onCall = [] { throw std::runtime_error("gone"); };
-    EXPECT_THROW(flush(), std::runtime_error);
-    EXPECT_TRUE(isFree());
+}
+
+TEST_F(Manager, ServiceMayThrowFromEachCall) {
+    queue.emplace_back("A");
+    SnapshotInfo::ZuAlgoInfo& algo = queue.records["A"]->snapshotInfo.zuAlgoInfo;
+    algo.algoTimeA = algo.algoTimeC = {{"node", 1.0}};
+    doubles::onCall = [](const auto& /*call*/) { throw std::runtime_error("service"); };
+    void* out = this;
+    EXPECT_THROW(manager.request(INFO_SYNC_TYPE_CMD, kCommand, &out), std::runtime_error);
+    EXPECT_THROW(manager.request(INFO_SYNC_TYPE_COLLECT_ALT, &record, &out), std::runtime_error);
+    EXPECT_THROW(manager.registerSnapshotRequestRecord("B"), std::runtime_error);
+    EXPECT_THROW(manager.unregisterSnapshotRequestRecord("A"), std::runtime_error);
+    // The query, eight parameters, the submit event, the node's two events, the closing call.
+    for (int made = 0; made < 13; ++made) {
+        doubles::onCall = [left = made](const auto& /*call*/) mutable {
+            if (left-- == 0) {
+                throw std::runtime_error("service");
+            }
+        };
+        EXPECT_THROW(flush("A"), std::runtime_error) << made;
+        ASSERT_TRUE(isFree());
+    }
+    EXPECT_EQ(out, this);
+    EXPECT_EQ(queue.records.size(), 1U);
+    doubles::takeJournal();
 }
 
 TEST_F(Manager, LogsGoThroughTheirGates) {
@@ -181,159 +206,6 @@ TEST_F(Manager, LogsGoThroughTheirGates) {
         };
         EXPECT_EQ(doubles::locksOf(&queue.mutex, change), gates.locks);
     }
-}
-
-constexpr RequestType kOtherType = static_cast<RequestType>(6);
-
-// Notes the fields that differ.
-void noteChanges(const std::string& name, const RequestRecord& before, const RequestRecord& after) {
-    // clang-format off
-#define NOTE(field) \
-    if (after.field != before.field) doubles::note(name + ": " #field, after.field);
-    NOTE(errorInfo) NOTE(hasError) NOTE(requestTime.tv_sec) NOTE(requestTime.tv_nsec)
-    NOTE(reserved64) NOTE(createTime.tv_sec) NOTE(createTime.tv_nsec)
-    NOTE(frameInfo.frameNumber) NOTE(frameInfo.timestamp) NOTE(frameInfo.camIds)
-    NOTE(frameInfo.frameExtra) NOTE(frameInfo.imageName)
-    NOTE(snapshotInfo.requestType) NOTE(snapshotInfo.camMode) NOTE(snapshotInfo.faceDetect)
-    NOTE(snapshotInfo.zoomRatio) NOTE(snapshotInfo.uiExtra) NOTE(snapshotInfo.vendorResultInfo)
-    NOTE(snapshotInfo.requestInfo.reqValueA) NOTE(snapshotInfo.requestInfo.reqValueB)
-    NOTE(snapshotInfo.requestInfo.anchorFrame) NOTE(snapshotInfo.requestInfo.reqFlag)
-    NOTE(snapshotInfo.requestInfo.reqValue64) NOTE(snapshotInfo.requestInfo.reqIdsA)
-    NOTE(snapshotInfo.requestInfo.expectedResultIds) NOTE(snapshotInfo.zuAlgoInfo.algoList)
-    NOTE(snapshotInfo.zuAlgoInfo.algoTimeA) NOTE(snapshotInfo.zuAlgoInfo.algoTimeB)
-    NOTE(snapshotInfo.zuAlgoInfo.algoTimeC) NOTE(snapshotInfo.zuAlgoInfo.algoState)
-    NOTE(snapshotInfo.fstop) NOTE(snapshotInfo.iso) NOTE(snapshotInfo.lux)
-    NOTE(snapshotInfo.exposureTime) NOTE(snapshotInfo.timeInfo)
-    // clang-format on
-}
-
-struct Update {
-    const char* text;
-    std::function<void(InfoSynchronizerManager& manager, const char* image)> run;
-};
-// clang-format off
-#define UPDATE(...) \
-    {#__VA_ARGS__, [](InfoSynchronizerManager& manager, [[maybe_unused]] const char* image) { manager.__VA_ARGS__; }}
-// clang-format on
-
-// Each is run for an image that is not there and for one that is.
-const Update updates[] = {
-        UPDATE(updateFrameInfo(image, 7, "123", {2, 1}, 9)),
-        UPDATE(updateRequestInfo(image, -1, 2, true, UINT64_MAX, {3, 4}, {5})),
-        UPDATE(updateUIInfo(image, kOtherType, 4000000000U, -2, 2.5F, "ui")),
-        UPDATE(updateAnchor3aInfo(image, 1.75F, 4, -0.5F, INT64_MIN)),
-        UPDATE(updateAnchorFrame(image, -3)),
-        UPDATE(updateVndResultInfo(image, UINT32_MAX, 0)),
-        UPDATE(updateVndResultInfo(image, 1, 1)),
-        UPDATE(updateVndResultInfo(image, 1, 2)),
-        UPDATE(updateVndResultInfo(image, 1, 3)),
-        UPDATE(updateVndResultInfo(image, 1, 4)),
-        UPDATE(updateVndResultInfo(image, 1, 5)),
-        UPDATE(updateVndResultInfo(image, 1, -1)),
-        UPDATE(updateVndResultInfo(image, {{1, "error_device"}})),
-        UPDATE(updateZuAlgoInfo(image, std::vector<std::string>{"x:1:2", "y", ":z", "y:3"})),
-        UPDATE(updateZuAlgoInfo(image, {{"n"}, {{"a", 1}}, {{"b", 2}}, {{"c", 3}}, {{"d", "OK"}}})),
-        UPDATE(updateSnapshotErrorInfo(image, "lost")),
-        UPDATE(updateSnapshotErrorInfo(image, nullptr)),
-        UPDATE(updateNodeProcTime(image, "n", 10.5, 3.25, 13.75)),
-        UPDATE(updateNodeProcTime(image, "n", 10.5, -1.0, 13.75)),
-        UPDATE(updateNodeProcTime(image, "n", 10.5, -0.999999, 13.75)),
-        UPDATE(updateNodeProcTime(image, "n", 10.5, -1.5, 13.75)),
-        UPDATE(updateNodeProcTime(image, "n", 10.5, std::nan(""), 13.75)),
-        UPDATE(updateNodeProcState(image, "n", 0)),
-        UPDATE(updateNodeProcState(image, "n", 1)),
-        UPDATE(updateNodeProcState(image, "n", 2)),
-        UPDATE(updateNodeProcState(image, "n", 3)),
-        UPDATE(updateNodeProcState(image, "n", 4)),
-        UPDATE(updateNodeProcState(image, "n", 5)),
-        UPDATE(updateNodeProcState(image, "n", INT32_MIN)),
-        UPDATE(updateNodeProcState(image, {{"n", "NodeProcessError"}, {"o", "any"}})),
-        UPDATE(updateSnapshotTimeInfo(image, {{"2request_to_vendor", 5}, {"no stage", 6}})),
-        UPDATE(updateSnapshotTimeInfo(image, 0)),
-        UPDATE(updatePostProcInfo({{"a", 4000000000U}})),
-};
-
-// Works on a manager of its own. Keys and frame names cross, so that an operation which looks
-// under the wrong one is seen.
-class RecordUpdate : public doubles::Test {
-  protected:
-    RecordUpdate() {
-        doubles::takeJournal();
-        doubles::stopClock(7, 0);
-        for (const char* key : {"A", "B", "IMG"}) {
-            queue.emplace_back(key);
-            queue.records[key]->frameInfo.imageName = key == std::string("IMG") ? "" : "IMG";
-            SnapshotInfo& info = queue.records[key]->snapshotInfo;
-            info.vendorResultInfo = {{99, "old"}};
-            info.zuAlgoInfo = {{key}, {{"old", 9}}, {{"old", 9}}, {{"old", 9}}, {{"old", "OK"}}};
-            before.emplace(key, *queue.records[key]);
-        }
-    }
-    // Notes what has changed, and takes it back.
-    void noteAll() {
-        for (const auto& [key, record] : queue.records) {
-            noteChanges(key, before.at(key), *record);
-            *record = before.at(key);
-        }
-        doubles::note("failed", queue.errorImageNames);
-        queue.errorImageNames.clear();
-    }
-
-    InfoSynchronizerManager manager;
-    RequestRecordQueue& queue = *manager.mRequestRecordQueue;
-    std::map<std::string, RequestRecord> before;
-};
-
-TEST_F(RecordUpdate, WritesItsFieldsToTheOneRecordFound) {
-    for (const Update& update : updates) {
-        doubles::note("== " + std::string(update.text));
-        update.run(manager, "NONE%s");
-        doubles::note("--");
-        update.run(manager, "IMG");
-        noteAll();
-    }
-    doubles::note("postProcInfo", queue.postProcInfo);
-}
-
-TEST_F(RecordUpdate, PassesTheMutexOnceBeforeHoldingIt) {
-    std::map<int, int> totals;
-    const auto kept = queue.records;
-    for (const Update& update : updates) {
-        const int locks = doubles::locksOf(
-                &queue.mutex, [&] { update.run(manager, "IMG"); },
-                [&] {
-                    queue.records.clear();
-                    queue.postProcInfo.clear();
-                });
-        totals[locks] += 1;
-        queue.records = kept;
-    }
-    doubles::takeJournal();
-    noteAll();  // nothing: the records were gone before an update had the mutex
-    EXPECT_EQ(queue.postProcInfo.size(), 1U);
-    // The five that are refused for their arguments take none.
-    EXPECT_EQ(totals, (std::map<int, int>{{0, 5}, {2, 28}}));
-}
-
-TEST_F(RecordUpdate, RepeatedUpdatesAppendOrReplace) {
-    manager.updateFrameInfo("IMG", 1, "first", {1}, 2);
-    manager.updateFrameInfo("IMG", 3, "second", {2, 3}, 4);
-    manager.updateRequestInfo("IMG", 1, 1, true, 1, {1}, {1});
-    manager.updateAnchorFrame("IMG", 8);
-    manager.updateRequestInfo("IMG", 2, 2, false, 2, {}, {2});
-    for (int round = 0; round < 2; ++round) {
-        manager.updateSnapshotErrorInfo("IMG", "lost");
-        manager.updateVndResultInfo("IMG", 9, 1);
-        manager.updateNodeProcTime("IMG", "n", round, -1.0, round);
-        manager.updateNodeProcState("IMG", "n", 4);
-    }
-    manager.updateZuAlgoInfo("IMG", std::vector<std::string>{"n:more", "new"});
-    noteAll();
-    manager.updateZuAlgoInfo("IMG", std::vector<std::string>{});
-    manager.updatePostProcInfo({{"a", 1}, {"b", 2}});
-    manager.updatePostProcInfo({{"b", 3}});
-    noteAll();
-    doubles::note("postProcInfo", queue.postProcInfo);
 }
 
 }  // namespace

@@ -1,233 +1,132 @@
 #include "CaptureLog.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <map>
 #include <string>
 #include <string_view>
-#include <tuple>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
+#include "FieldErrors.h"
 #include "FieldReader.h"
-#include "InfoSynchronizerManager.h"
 #include "LineError.h"
-#include "Printable.h"
-#include "RequestRecord.h"
+#include "Operations.h"
+#include "Spelling.h"
 #include "StrictJson.h"
 
 namespace replay {
 namespace {
 
-using camInfosync::InfoSynchronizerManager;
-using camInfosync::SnapshotInfo;
-
 constexpr int64_t kLongestSleepMs = 60'000;
+constexpr std::string_view kOtherManager = "GetInstance";
 
-// How an argument is stored until its call is made.
-template <typename Argument>
-using StoredArgument =
-        std::conditional_t<std::is_same_v<Argument, const char*>, ZeroTerminated, Argument>;
-
-template <typename Argument>
-Argument asArgument(const StoredArgument<Argument>& stored) {
-    if constexpr (std::is_same_v<Argument, const char*>) {
-        return stored.text.c_str();
-    } else {
-        return stored;
-    }
-}
-
-struct Field {
-    std::string_view name;
-    bool optional = false;  // if missing: zero
+// What a line is, by the first of these fields that it has.
+struct LineKind {
+    std::string_view field;
+    void (*read)(const json& line, const std::string& imageSuffix, CaptureStep& step,
+                 Errors& errors);
+    bool recorded;  // stands in a recording only
 };
 
-using MakeCall = decltype(CaptureStep::run);
-
-// One operation of the library, with one of its argument lists.
-class OperationForm {
-  public:
-    // `fields` are the names of the operation's arguments.
-    template <typename... Arguments>
-    OperationForm(std::string_view name, void (InfoSynchronizerManager::*operation)(Arguments...),
-                  const std::array<Field, sizeof...(Arguments)>& fields)
-        : mName(name), mFields(fields.begin(), fields.end()) {
-        mReadArguments = [operation, fields](const json& line, const std::string& suffix,
-                                             Errors& errors) {
-            return bindArguments(operation, fields, line, suffix, errors,
-                                 std::index_sequence_for<Arguments...>());
-        };
+// Reads a field that may be missing.
+template <typename Value>
+void readOptional(const json& line, std::string_view field, Value& out, Errors& errors) {
+    const auto position = line.find(std::string(field));
+    if (position != line.end()) {
+        readValue(*position, out, Path{nullptr, field}, errors);
     }
-
-    std::string_view name() const { return mName; }
-    bool has(std::string_view name) const {
-        return std::any_of(mFields.begin(), mFields.end(),
-                           [name](const Field& field) { return field.name == name; });
-    }
-    size_t countPresent(const json& line) const {
-        return static_cast<size_t>(std::count_if(
-                mFields.begin(), mFields.end(),
-                [&line](const Field& field) { return line.contains(std::string(field.name)); }));
-    }
-    MakeCall readArguments(const json& line, const std::string& imageSuffix, Errors& errors) const {
-        return mReadArguments(line, imageSuffix, errors);
-    }
-
-  private:
-    template <typename Value>
-    static void readField(const json& line, const Field& field, Value& out, Errors& errors) {
-        const auto position = line.find(std::string(field.name));
-        const Path path{nullptr, field.name};
-        if (position != line.end()) {
-            readValue(*position, out, path, errors);
-        } else if (!field.optional) {
-            errors.add(path, "is missing");
-        }
-    }
-
-    template <typename... Arguments, size_t... I>
-    static MakeCall bindArguments(void (InfoSynchronizerManager::*operation)(Arguments...),
-                                  const std::array<Field, sizeof...(Arguments)>& fields,
-                                  const json& line, const std::string& imageSuffix, Errors& errors,
-                                  std::index_sequence<I...> /*indices*/) {
-        std::tuple<StoredArgument<Arguments>...> arguments;
-        (readField(line, fields[I], std::get<I>(arguments), errors), ...);
-        if constexpr (std::is_same_v<std::decay_t<decltype(std::get<0>(arguments))>, std::string>) {
-            std::get<0>(arguments) += imageSuffix;  // the image name comes first
-        }
-        return [operation, arguments = std::move(arguments)](InfoSynchronizerManager& manager) {
-            (manager.*operation)(asArgument<Arguments>(std::get<I>(arguments))...);
-        };
-    }
-
-    std::string_view mName;
-    std::vector<Field> mFields;
-    std::function<MakeCall(const json&, const std::string&, Errors&)> mReadArguments;
-};
-
-constexpr std::string_view kFlush = "snapshotRequestInfoFlush";
-
-using Manager = InfoSynchronizerManager;
-template <typename... Arguments>
-using Operation = void (Manager::*)(std::string, Arguments...);
-
-const std::vector<OperationForm>& forms() {
-    static const std::vector<OperationForm> forms = {
-            {"registerSnapshotRequestRecord",
-             &Manager::registerSnapshotRequestRecord,
-             {{{"image"}}}},
-            {"unregisterSnapshotRequestRecord",
-             &Manager::unregisterSnapshotRequestRecord,
-             {{{"image"}}}},
-            {kFlush, &Manager::snapshotRequestInfoFlush, {{{"image"}, {"type", true}}}},
-            {"updateFrameInfo",
-             &Manager::updateFrameInfo,
-             {{{"image"}, {"frameNumber"}, {"timestamp"}, {"camIds"}, {"frameExtra"}}}},
-            {"updateRequestInfo",
-             &Manager::updateRequestInfo,
-             {{{"image"},
-               {"reqValueA"},
-               {"reqValueB"},
-               {"reqFlag"},
-               {"reqValue64"},
-               {"reqIdsA"},
-               {"expectedResultIds"}}}},
-            {"updateUIInfo",
-             &Manager::updateUIInfo,
-             {{{"image"},
-               {"requestType"},
-               {"camMode"},
-               {"faceDetect"},
-               {"zoomRatio"},
-               {"uiExtra"}}}},
-            {"updateAnchor3aInfo",
-             &Manager::updateAnchor3aInfo,
-             {{{"image"}, {"fstop"}, {"iso"}, {"lux"}, {"exposureTime"}}}},
-            {"updateAnchorFrame", &Manager::updateAnchorFrame, {{{"image"}, {"anchorFrame"}}}},
-            {"updateVndResultInfo",
-             Operation<uint32_t, int32_t>(&Manager::updateVndResultInfo),
-             {{{"image"}, {"resultId"}, {"errorCode"}}}},
-            {"updateVndResultInfo",
-             Operation<SnapshotInfo::VendorResultInfo>(&Manager::updateVndResultInfo),
-             {{{"image"}, {"vendorResultInfo"}}}},
-            {"updateZuAlgoInfo",
-             Operation<std::vector<std::string>>(&Manager::updateZuAlgoInfo),
-             {{{"image"}, {"algoList"}}}},
-            {"updateZuAlgoInfo",
-             Operation<SnapshotInfo::ZuAlgoInfo>(&Manager::updateZuAlgoInfo),
-             {{{"image"}, {"zuAlgoInfo"}}}},
-            {"updateSnapshotErrorInfo", &Manager::updateSnapshotErrorInfo, {{{"image"}, {"text"}}}},
-            {"updatePostProcInfo", &Manager::updatePostProcInfo, {{{"postProcInfo"}}}},
-            {"updateSnapshotTimeInfo",
-             Operation<uint32_t>(&Manager::updateSnapshotTimeInfo),
-             {{{"image"}, {"stage"}}}},
-            {"updateSnapshotTimeInfo",
-             Operation<std::map<std::string, int64_t>>(&Manager::updateSnapshotTimeInfo),
-             {{{"image"}, {"timeInfo"}}}},
-            {"updateNodeProcTime",
-             &Manager::updateNodeProcTime,
-             {{{"image"}, {"node"}, {"first"}, {"second"}, {"third"}}}},
-            {"updateNodeProcState",
-             Operation<std::string, int32_t>(&Manager::updateNodeProcState),
-             {{{"image"}, {"node"}, {"state"}}}},
-            {"updateNodeProcState",
-             Operation<std::map<std::string, std::string>>(&Manager::updateNodeProcState),
-             {{{"image"}, {"states"}}}},
-    };
-    return forms;
 }
 
-// The form of the operation that the line's fields fit best, or null.
-const OperationForm* findForm(std::string_view name, const json& line) {
-    const OperationForm* best = nullptr;
-    for (const OperationForm& form : forms()) {
-        if (form.name() == name &&
-            (best == nullptr || form.countPresent(line) > best->countPresent(line))) {
-            best = &form;
-        }
+template <typename Value>
+void readRequired(const json& line, std::string_view field, Value& out, Errors& errors) {
+    if (!line.contains(std::string(field))) {
+        errors.add(Path{nullptr, field}, "is missing");
     }
-    return best;
+    readOptional(line, field, out, errors);
 }
 
-void readThread(const json& line, std::string& thread, Errors& errors) {
-    const auto position = line.find("thread");
-    if (position == line.end()) {
+// Returns whether the line, of a log without a header, has the field all the same.
+bool refuseWithoutHeader(const json& line, std::string_view field, Errors& errors) {
+    const bool refused = !errors.underHeader() && line.contains(std::string(field));
+    if (refused) {
+        errors.add(Path{nullptr, field},
+                   "is a recording's, and the recording's first line, its header, is missing");
+    }
+    return refused;
+}
+
+// Reads where and when a line was recorded.
+void readOrigin(const json& line, std::string_view numberField, CaptureStep& step, Errors& errors) {
+    for (const std::string_view field : {"n", "tid", "omitted"}) {
+        if (refuseWithoutHeader(line, field, errors)) {
+            return;
+        }
+    }
+    if (line.contains("at")) {
+        readValue(line["at"], step.at.emplace(), Path{nullptr, "at"}, errors);
+    }
+    readOptional(line, "thread", step.thread, errors);
+    if (line.contains("tid")) {
+        readValue(line["tid"], step.tid.emplace(), Path{nullptr, "tid"}, errors);
+        readRequired(line, numberField, step.number, errors);
+        for (const std::string_view field : {"at", "thread"}) {
+            if (!line.contains(std::string(field))) {
+                errors.add(Path{nullptr, field}, "is missing");
+            }
+        }
+    } else if (line.contains("thread") && line["thread"].is_string() && step.thread.empty()) {
+        errors.add(Path{nullptr, "thread"}, "must not be empty");
+    }
+}
+
+void readManager(const json& line, CaptureStep& step, Errors& errors) {
+    if (!line.contains("manager")) {
         return;
     }
-    const Path path{nullptr, "thread"};
-    readValue(*position, thread, path, errors);
-    if (position->is_string() && thread.empty()) {
-        errors.add(path, "must not be empty");
+    step.onOtherManager = line["manager"] == kOtherManager;
+    if (!step.onOtherManager) {
+        errors.add(Path{nullptr, "manager"},
+                   "must be \"" + std::string(kOtherManager) +
+                           "\", or left out for the manager of getInstance()");
     }
 }
 
 void readCallLine(const json& line, const std::string& imageSuffix, CaptureStep& step,
                   Errors& errors) {
-    const Path path{nullptr, "call"};
-    std::string name;
-    readValue(line["call"], name, path, errors);
-    if (errors.any()) {
+    if (!line["call"].is_string()) {
+        errors.add(Path{nullptr, "call"}, "must be a string");
         return;
     }
-    const OperationForm* form = findForm(name, line);
-    if (form == nullptr) {
-        errors.add(path, "is not an operation: " + printable(name, kLongestFieldName));
-        return;
+    const auto& name = line["call"].get_ref<const std::string&>();
+    if (line.contains("omitted")) {
+        step.kind = CaptureStep::Kind::kOmittedCall;
+        readOptional(line, "image", step.image.emplace(), errors);
+        readOperationName(name, step, errors);
+    } else {
+        step.kind = CaptureStep::Kind::kCall;
+        readOperation(name, line, imageSuffix, step, errors);
     }
-    for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
-        if (key != "call" && key != "thread" && !form->has(key)) {
-            errors.add(Path{nullptr, key}, "is not a field of this call");
-        }
+    if (!step.operation.empty()) {
+        readOrigin(line, "n", step, errors);
+        readManager(line, step, errors);
     }
-    readThread(line, step.thread, errors);
-    step.kind = CaptureStep::Kind::kCall;
-    step.isFlush = name == kFlush;
-    step.run = form->readArguments(line, imageSuffix, errors);
+}
+
+void readAnswerLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+                    Errors& errors) {
+    step.kind = CaptureStep::Kind::kAnswer;
+    readOrigin(line, "answered", step, errors);
+    if (!line.contains("tid")) {
+        errors.add(Path{nullptr, "tid"}, "is missing");
+    }
+    readRequired(line, "key", step.answer.key, errors);
+    readOptional(line, "threw", step.answer.threw, errors);
+    if (!step.answer.threw) {
+        readRequired(line, "answer", step.answer.text, errors);
+    } else if (line.contains("answer")) {
+        errors.add(Path{nullptr, "answer"}, "and threw exclude each other: give one, not both");
+    }
 }
 
 void expectAlone(const json& line, std::string_view field, Errors& errors) {
@@ -238,15 +137,29 @@ void expectAlone(const json& line, std::string_view field, Errors& errors) {
     }
 }
 
-void readBarrierLine(const json& line, CaptureStep& step, Errors& errors) {
-    expectAlone(line, "barrier", errors);
-    if (line["barrier"] != true) {
-        errors.add(Path{nullptr, "barrier"}, "must be true");
+void expectTrue(const json& line, std::string_view field, Errors& errors) {
+    if (line[std::string(field)] != true) {
+        errors.add(Path{nullptr, field}, "must be true");
     }
-    step.kind = CaptureStep::Kind::kBarrier;
 }
 
-void readSleepLine(const json& line, CaptureStep& step, Errors& errors) {
+void readEndLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+                 Errors& errors) {
+    step.kind = CaptureStep::Kind::kEnd;
+    expectTrue(line, "end", errors);
+    readRequired(line, "calls", step.number, errors);
+}
+
+void readBarrierLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+                     Errors& errors) {
+    step.kind = CaptureStep::Kind::kBarrier;
+    expectAlone(line, "barrier", errors);
+    expectTrue(line, "barrier", errors);
+}
+
+void readSleepLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+                   Errors& errors) {
+    step.kind = CaptureStep::Kind::kSleep;
     expectAlone(line, "sleepMs", errors);
     const json& value = line["sleepMs"];
     if (!value.is_number_unsigned() || value.get<uint64_t>() > kLongestSleepMs) {
@@ -254,32 +167,63 @@ void readSleepLine(const json& line, CaptureStep& step, Errors& errors) {
                    "must be a whole number from 0 to " + std::to_string(kLongestSleepMs));
         return;
     }
-    step.kind = CaptureStep::Kind::kSleep;
     step.sleep = std::chrono::milliseconds(value.get<int64_t>());
+}
+
+constexpr LineKind kLineKinds[] = {
+        {"call", readCallLine, false},     {"answered", readAnswerLine, true},
+        {"end", readEndLine, true},        {"barrier", readBarrierLine, false},
+        {"sleepMs", readSleepLine, false},
+};
+
+// What is wrong with an object that has none of the fields that make a line.
+void refuseForeign(const json& line, CaptureStep& step, Errors& errors) {
+    if (line.contains("format")) {
+        errors.add(Path{nullptr, "format"}, "the header must be the log's first line");
+        return;
+    }
+    std::string guess;
+    for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
+        guess = didYouMean(key, {"call", "barrier", "sleepMs"});
+        if (!guess.empty()) {
+            errors.add(Path{nullptr, key}, "is not a field of a line" + guess);
+            return;
+        }
+    }
+    step.kind = CaptureStep::Kind::kForeign;
+    errors.add(Path{nullptr, "call"}, "is missing");
+}
+
+void readObject(const json& line, const std::string& imageSuffix, CaptureStep& step,
+                Errors& errors) {
+    for (const LineKind& kind : kLineKinds) {
+        if (line.contains(std::string(kind.field))) {
+            if (!kind.recorded || !refuseWithoutHeader(line, kind.field, errors)) {
+                kind.read(line, imageSuffix, step, errors);
+            }
+            return;
+        }
+    }
+    refuseForeign(line, step, errors);
 }
 
 }  // namespace
 
 CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffix,
-                            std::vector<LineError>& errorList) {
+                            std::vector<LineError>& errorList, LineRules rules) {
     CaptureStep step;
-    if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
+    const size_t begin = line.find_first_not_of(" \t\r");
+    if (begin == std::string_view::npos || line[begin] == '#') {
         return step;
     }
-    const json value = parseObject(line, errorList);
+    bool isJson = true;
+    const json value = parseObject(line, errorList, &isJson);
     if (value.is_null()) {
+        step.kind = isJson ? CaptureStep::Kind::kForeign : CaptureStep::Kind::kBroken;
         return step;
     }
-    Errors errors(errorList);
-    if (value.contains("call")) {
-        readCallLine(value, imageSuffix, step, errors);
-    } else if (value.contains("barrier")) {
-        readBarrierLine(value, step, errors);
-    } else if (value.contains("sleepMs")) {
-        readSleepLine(value, step, errors);
-    } else {
-        errors.add(Path{nullptr, "call"}, "is missing");
-    }
+    Errors errors(errorList, rules);
+    readObject(value, imageSuffix, step, errors);
     return step;
 }
 

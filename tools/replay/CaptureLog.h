@@ -3,11 +3,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "FieldErrors.h"
 #include "LineError.h"
 
 namespace camInfosync {
@@ -16,22 +19,55 @@ class InfoSynchronizerManager;
 
 namespace replay {
 
+// What the service answered to one question.
+struct ServiceAnswer {
+    std::string key;
+    std::string text;
+    bool threw = false;  // instead of answering
+};
+
 // What one line asks for.
 struct CaptureStep {
-    enum class Kind { kNothing, kCall, kBarrier, kSleep };
+    enum class Kind {
+        kNothing,  // an empty line or a comment
+        kCall,
+        kOmittedCall,  // a recorded call without its arguments
+        kAnswer,       // the service has answered what a recorded call asked
+        kEnd,          // the recording ended in an orderly way
+        kBarrier,
+        kSleep,
+        kForeign,  // no line of a capture log
+        kBroken,   // no JSON
+    };
 
-    Kind kind = Kind::kNothing;  // kNothing: an empty line
+    Kind kind = Kind::kNothing;
     std::chrono::milliseconds sleep{0};
-    std::string thread;    // of a call: the thread to run it on; empty is the main thread
-    bool isFlush = false;  // of a call: makes the service receive a report
+    std::string thread;  // of a call: the thread to run it on; empty is the main thread
+
+    // Of a line that was recorded:
+    std::optional<uint64_t> at;  // CLOCK_MONOTONIC in nanoseconds; lines by hand may have it too
+    std::optional<int32_t> tid;  // the thread's id
+    uint64_t number = 0;         // of the call; of an answer: the call that asked
+    ServiceAnswer answer;
+
+    // Of a call:
+    std::string_view operation;
+    std::optional<std::string> image;  // that it belongs to, as written
+    bool isFlush = false;
+    bool reports = false;         // makes the service receive a report
+    bool onOtherManager = false;  // on GetInstance()'s, not on getInstance()'s
     // Makes the call, any number of times: each gets copies of the arguments.
     std::function<void(camInfosync::InfoSynchronizerManager&)> run;
+
+    bool isRecorded() const { return tid.has_value(); }
 };
 
 // Reads a line without its newline. Everything that is wrong with it is appended to `errors`;
-// the step is meaningful only if nothing was. `imageSuffix` is appended to the image name.
-// Any bytes may be given; the memory needed is proportional to their number.
+// the step is meaningful only if nothing was, except that its kind then is kForeign or kBroken
+// if the line is so. `imageSuffix` is appended to the image name. Any bytes may be given; the
+// memory needed is proportional to their number.
 CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffix,
-                            std::vector<LineError>& errors);
+                            std::vector<LineError>& errors,
+                            LineRules rules = LineRules::kWithoutHeader);
 
 }  // namespace replay

@@ -2,11 +2,17 @@
 
 #pragma once
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -17,50 +23,14 @@
 #include <nlohmann/json.hpp>
 #include <nlohmann/json_fwd.hpp>
 
-#include "LineError.h"
-#include "Printable.h"
-#include "RequestRecord.h"
+#include "FieldErrors.h"
 
 namespace replay {
 
 using nlohmann::json;
 
-constexpr size_t kLongestFieldName = 60;  // in a message
-
-// The way from a line to the value being read. Turned into text only for an error.
-struct Path {
-    const Path* parent = nullptr;
-    std::string_view key;
-    size_t index = 0;  // if there is no key
-
-    std::string text() const {
-        if (parent == nullptr) {
-            return printable(key, kLongestFieldName);
-        }
-        return parent->text() + (key.data() != nullptr ? '.' + printable(key, kLongestFieldName)
-                                                       : '[' + std::to_string(index) + ']');
-    }
-};
-
-// Collects what is wrong with one line.
-class Errors {
-  public:
-    explicit Errors(std::vector<LineError>& list) : mList(list), mBefore(list.size()) {}
-
-    void add(const Path& path, std::string what) {
-        mList.push_back({path.text(), std::move(what)});
-    }
-    bool any() const { return mList.size() > mBefore; }
-
-  private:
-    std::vector<LineError>& mList;
-    size_t mBefore;
-};
-
-// A text that the library takes as a const char*.
-struct ZeroTerminated {
-    std::string text;
-};
+// A text that the library takes as a const char*; none is a null pointer.
+using ZeroTerminated = std::optional<std::string>;
 
 // "a whole number from ... to ...", as far as the type goes.
 template <typename Integer>
@@ -104,36 +74,95 @@ inline void readValue(const json& value, bool& out, const Path& path, Errors& er
     out = value.get<bool>();
 }
 
-inline void readValue(const json& value, double& out, const Path& path, Errors& errors) {
+// The number that "inf", "-inf" or "nan:0x" and the number's bits stands for. Returns whether
+// `text` is one of them.
+template <typename Float>
+bool readSpecial(std::string_view text, Float& out) {
+    using Bits = std::conditional_t<sizeof(Float) == sizeof(uint32_t), uint32_t, uint64_t>;
+    constexpr std::string_view kNan = "nan:0x";
+    if (text == "inf" || text == "-inf") {
+        constexpr Float kInfinity = std::numeric_limits<Float>::infinity();
+        out = text == "inf" ? kInfinity : -kInfinity;
+        return true;
+    }
+    if (text.substr(0, kNan.size()) != kNan || text.size() != kNan.size() + 2 * sizeof(Bits)) {
+        return false;
+    }
+    Bits bits = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data() + kNan.size(), end, bits, 16);
+    Float number = 0;
+    std::memcpy(&number, &bits, sizeof(number));
+    if (error != std::errc() || stop != end || !std::isnan(number)) {
+        return false;
+    }
+    std::memcpy(&out, &bits, sizeof(out));
+    return true;
+}
+
+inline void assign(double number, double& out) {
+    out = number;
+}
+// The float that is nearest to the number as it was written. The double that was read of it may
+// lie on the other side of the middle between two floats: 7.038531e-26 does.
+inline void assign(double number, float& out) {
+    char text[32];
+    *std::to_chars(text, std::end(text) - 1, number).ptr = '\0';
+    out = std::strtof(text, nullptr);
+}
+
+template <typename Float, std::enable_if_t<std::is_floating_point_v<Float>, int> = 0>
+void readValue(const json& value, Float& out, const Path& path, Errors& errors) {
+    if (value.is_string() && readSpecial(value.get_ref<const std::string&>(), out)) {
+        return;
+    }
     if (!value.is_number()) {
         errors.add(path, "must be a number");
         return;
     }
-    out = value.get<double>();
-}
-
-inline void readValue(const json& value, float& out, const Path& path, Errors& errors) {
-    constexpr double kMost = std::numeric_limits<float>::max();
-    double number = 0;
-    readValue(value, number, path, errors);
-    if (number < -kMost || number > kMost) {
+    const auto number = value.get<double>();
+    if (std::fabs(number) > static_cast<double>(std::numeric_limits<Float>::max())) {
         errors.add(path, "is too large for a 32-bit float");
         return;
     }
-    out = static_cast<float>(number);
+    assign(number, out);
 }
 
-inline void readValue(const json& value, std::string& out, const Path& path, Errors& errors) {
-    if (!value.is_string()) {
-        errors.add(path, "must be a string");
-        return;
+// The bytes that pairs of hexadecimal digits stand for. Returns whether `hex` is such a text.
+inline bool bytesOfHex(std::string_view hex, std::string& bytes) {
+    bytes.clear();
+    bytes.reserve(hex.size() / 2);
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+        uint8_t byte = 0;
+        const char* end = hex.data() + i + 2;
+        const auto [stop, error] = std::from_chars(hex.data() + i, end, byte, 16);
+        if (error != std::errc() || stop != end) {
+            return false;
+        }
+        bytes += static_cast<char>(byte);
     }
-    out = value.get_ref<const std::string&>();
+    return hex.size() % 2 == 0;
+}
+
+// A text: a string, or {"hex":"..."} with its bytes.
+inline void readValue(const json& value, std::string& out, const Path& path, Errors& errors) {
+    if (value.is_string()) {
+        out = value.get_ref<const std::string&>();
+    } else if (!value.is_object() || value.size() != 1 || !value.contains("hex")) {
+        errors.add(path, "must be a string");
+    } else if (!value["hex"].is_string() ||
+               !bytesOfHex(value["hex"].get_ref<const std::string&>(), out)) {
+        errors.add(Path{&path, "hex"}, "must be a string of pairs of hexadecimal digits");
+    }
 }
 
 inline void readValue(const json& value, ZeroTerminated& out, const Path& path, Errors& errors) {
-    readValue(value, out.text, path, errors);
-    if (out.text.find('\0') != std::string::npos) {
+    if (value.is_null()) {
+        out.reset();
+        return;
+    }
+    readValue(value, out.emplace(), path, errors);
+    if (out->find('\0') != std::string::npos) {
         errors.add(path, "must not contain a zero character");
     }
 }
@@ -167,8 +196,39 @@ inline bool readKey(const std::string& text, int32_t& out, const Path& path, Err
     return true;
 }
 
+// Reads one entry of a map, whose key has been read.
+template <typename Key, typename Value>
+void readEntry(Key key, const json& value, std::map<Key, Value>& out, const Path& path,
+               Errors& errors) {
+    const auto [position, isNew] = out.try_emplace(std::move(key));
+    if (!isNew) {
+        errors.add(path, std::is_integral_v<Key> ? "is the same number as an earlier name"
+                                                 : "has the same name as an earlier pair");
+    }
+    readValue(value, position->second, path, errors);
+}
+
+// A map as an array of pairs, for names that are no strings of JSON.
+template <typename Key, typename Value>
+void readPairs(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
+    for (size_t i = 0; i < value.size(); ++i) {
+        const Path pairPath{&path, {}, i};
+        if (!value[i].is_array() || value[i].size() != 2) {
+            errors.add(pairPath, "must be an array of a name and a value");
+            continue;
+        }
+        Key key{};
+        readValue(value[i][0], key, Path{&pairPath, {}, 0}, errors);
+        readEntry(std::move(key), value[i][1], out, pairPath, errors);
+    }
+}
+
 template <typename Key, typename Value>
 void readValue(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
+    if (value.is_array()) {
+        readPairs(value, out, path, errors);
+        return;
+    }
     if (!value.is_object()) {
         errors.add(path, "must be an object");
         return;
@@ -176,39 +236,49 @@ void readValue(const json& value, std::map<Key, Value>& out, const Path& path, E
     for (const auto& [name, member] : value.get_ref<const json::object_t&>()) {
         const Path memberPath{&path, name};
         Key key{};
-        if (!readKey(name, key, memberPath, errors)) {
-            continue;
+        if (readKey(name, key, memberPath, errors)) {
+            readEntry(std::move(key), member, out, memberPath, errors);
         }
-        const auto [position, isNew] = out.try_emplace(std::move(key));
-        if (!isNew) {
-            errors.add(memberPath, "is the same number as an earlier name");
-        }
-        readValue(member, position->second, memberPath, errors);
     }
 }
 
-inline void readValue(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out,
-                      const Path& path, Errors& errors) {
-    if (!value.is_object()) {
-        errors.add(path, "must be an object");
-        return;
-    }
-    for (const auto& [name, member] : value.get_ref<const json::object_t&>()) {
-        const Path memberPath{&path, name};
-        if (name == "algoList") {
-            readValue(member, out.algoList, memberPath, errors);
-        } else if (name == "algoTimeA") {
-            readValue(member, out.algoTimeA, memberPath, errors);
-        } else if (name == "algoTimeB") {
-            readValue(member, out.algoTimeB, memberPath, errors);
-        } else if (name == "algoTimeC") {
-            readValue(member, out.algoTimeC, memberPath, errors);
-        } else if (name == "algoState") {
-            readValue(member, out.algoState, memberPath, errors);
-        } else {
-            errors.add(memberPath, "is not a field of zuAlgoInfo");
+// Reads an object member by member; what it lacks stays as it is.
+class Members {
+  public:
+    Members(const json& value, const Path& path, Errors& errors)
+        : mValue(value), mPath(path), mErrors(errors) {
+        if (!mValue.is_object()) {
+            mErrors.add(mPath, "must be an object");
         }
     }
-}
+
+    template <typename Member>
+    Members& read(std::string_view name, Member& out) {
+        mKnown.push_back(name);
+        const auto position = mValue.is_object() ? mValue.find(std::string(name)) : mValue.end();
+        if (position != mValue.end()) {
+            readValue(*position, out, Path{&mPath, name}, mErrors);
+        }
+        return *this;
+    }
+
+    // Refuses what was not read. `owner` is the object's name in the message.
+    void finish(std::string_view owner) {
+        if (!mValue.is_object()) {
+            return;
+        }
+        for (const auto& [name, member] : mValue.get_ref<const json::object_t&>()) {
+            if (std::find(mKnown.begin(), mKnown.end(), name) == mKnown.end()) {
+                mErrors.addUnknown(Path{&mPath, name}, owner, mKnown);
+            }
+        }
+    }
+
+  private:
+    const json& mValue;
+    const Path& mPath;
+    Errors& mErrors;
+    std::vector<std::string_view> mKnown;
+};
 
 }  // namespace replay

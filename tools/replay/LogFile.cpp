@@ -12,6 +12,9 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+
+#include "Printable.h"
 
 namespace replay {
 namespace {
@@ -85,7 +88,7 @@ bool LogFile::fill() {
 }
 
 void LogFile::append(std::string& line, const char* text, size_t length) {
-    mTooLong = mTooLong || line.size() + length > kLongestLine;
+    mTooLong = mTooLong || line.size() + length > mLongest;
     if (!mTooLong) {
         line.append(text, length);
     }
@@ -94,6 +97,7 @@ void LogFile::append(std::string& line, const char* text, size_t length) {
 bool LogFile::next(std::string& line) {
     line.clear();
     mTooLong = false;
+    mWhole = false;
     bool any = false;
     while (mBegin != mEnd || fill()) {
         if (!any) {
@@ -109,6 +113,7 @@ bool LogFile::next(std::string& line) {
         mBegin += used;
         mPosition += used;
         if (newline != nullptr) {
+            mWhole = true;
             return true;
         }
     }
@@ -122,6 +127,17 @@ void LogFile::rewind() {
     mBegin = mEnd = 0;
     mPosition = 0;
     mLineNumber = 0;
+}
+
+std::string_view LogFile::beginning() {
+    if (mBegin == mEnd) {
+        fill();
+    }
+    return {mBuffer.data(), mEnd};
+}
+
+std::string LogFile::place() const {
+    return printable(mName) + ':' + std::to_string(mLineNumber);
 }
 
 }  // namespace replay

@@ -4,29 +4,26 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <iostream>
-#include <stdexcept>
 #include <string>
-#include <thread>
-#include <utility>
 
 #include "CaptureLog.h"
 #include "ExitStatus.h"
 #include "InfoSyncType.h"
 #include "InfoSynchronizerManager.h"
-#include "LineError.h"
-#include "LogFile.h"
-#include "NamedThreads.h"
+#include "LogCheck.h"
 #include "OutputFile.h"
 #include "OverlapService.h"
+#include "Playback.h"
 #include "Printable.h"
 #include "Progress.h"
 #include "ReplayOptions.h"
+#include "ServiceAnswers.h"
 #include "ServiceReport.h"
 #include "StepReader.h"
 #include "Totals.h"
@@ -36,130 +33,51 @@ namespace {
 
 using camInfosync::InfoSynchronizerManager;
 
-constexpr size_t kMostErrorsShown = 10;
-
-// Reads the whole log and lists what is wrong on standard error. Returns whether it is good.
-bool checkLog(StepReader& reader, Progress& progress) {
-    uint64_t count = 0;
-    reader.restart({});
-    for (CaptureStep step; reader.next(step);) {
-        for (const LineError& error : reader.errors()) {
-            if (++count <= kMostErrorsShown) {
-                std::cerr << reader.place() << ": " << error.field << ": " << error.what << '\n';
-            }
-        }
-        progress.show(reader.log().position());
-    }
-    reader.noteLength();
-    if (count > kMostErrorsShown) {
-        std::cerr << "... and " << count - kMostErrorsShown << " more\n";
-    }
-    return count == 0;
-}
-
-// Plays a checked log through the library.
-class Player {
-  public:
-    Player(StepReader& reader, ServiceReport& report, Progress& progress)
-        : mReader(reader), mReport(report), mProgress(progress) {}
-
-    // Returns when all threads are done.
-    void play(uint32_t rounds) {
-        for (uint32_t round = 1; round <= rounds; ++round) {
-            mReader.restart(round == 1 ? std::string() : '#' + std::to_string(round));
-            playRound(round * mReader.log().size());
-        }
-    }
-
-    uint64_t calls() const { return mCalls; }
-    uint64_t flushes() const { return mFlushes; }
-
-  private:
-    void playRound(uint64_t doneBefore) {
-        for (CaptureStep step; mReader.next(step);) {
-            if (!mReader.errors().empty()) {
-                throwChanged();
-            }
-            mProgress.show(doneBefore + mReader.log().position());
-            playStep(std::move(step));
-        }
-        mThreads.wait();
-        if (!mReader.isAtNotedLength()) {
-            throwChanged();
-        }
-    }
-
-    [[noreturn]] void throwChanged() const {
-        throw std::runtime_error(mReader.place() + ": the log has changed since it was checked");
-    }
-
-    void playStep(CaptureStep step) {
-        switch (step.kind) {
-            case CaptureStep::Kind::kNothing:
-                break;
-            case CaptureStep::Kind::kBarrier:
-                mThreads.wait();
-                break;
-            case CaptureStep::Kind::kSleep:
-                std::this_thread::sleep_for(step.sleep);
-                break;
-            case CaptureStep::Kind::kCall:
-                playCall(std::move(step));
-                break;
-        }
-    }
-
-    void playCall(CaptureStep step) {
-        mCalls += 1;
-        mFlushes += step.isFlush ? 1 : 0;
-        auto task = [this, isFlush = step.isFlush, run = std::move(step.run)] {
-            run(mManager);
-            if (isFlush) {
-                mReport.drain(mManager);
-            }
-        };
-        if (step.thread.empty()) {
-            task();
-        } else {
-            mThreads.post(step.thread, mReader.lineSize(), std::move(task));
-        }
-    }
-
-    InfoSynchronizerManager& mManager = InfoSynchronizerManager::getInstance();
-    StepReader& mReader;
-    ServiceReport& mReport;
-    Progress& mProgress;
-    uint64_t mCalls = 0;
-    uint64_t mFlushes = 0;
-    NamedThreads mThreads;
-};
-
-// What the totals say of the switch; asked before the log is played, as its first call finds it.
-std::string askSwitch() {
-    void* answer = nullptr;
-    InfoSynchronizerManager::getInstance().request(camInfosync::INFO_SYNC_TYPE_CMD,
-                                                   "snapshotInfoCollectEnable", &answer);
-    return static_cast<const char*>(answer);
-}
-
-TakeServiceCalls* findService() {
+// The service's function of that name; null without a service.
+template <typename Function>
+Function* findInService(const char* name) {
     void* library = dlopen(kOverlapServicePath, RTLD_NOW | RTLD_NOLOAD);
-    return library != nullptr
-                   ? reinterpret_cast<TakeServiceCalls*>(dlsym(library, kTakeServiceCalls))
-                   : nullptr;
+    return library != nullptr ? reinterpret_cast<Function*>(dlsym(library, name)) : nullptr;
 }
 
-ExitStatus playInto(StepReader& reader, const ReplayOptions& options, std::FILE* json,
-                    Progress& progress) {
+// What the service answers to whether snapshots are collected, before the log is played. With a
+// header nothing is asked but what was asked at the recording.
+CollectionAnswer askSwitch(const LogFacts& facts, const ReplayOptions& options) {
+    if (!options.header.exists()) {
+        void* answer = nullptr;
+        InfoSynchronizerManager::getInstance().request(camInfosync::INFO_SYNC_TYPE_CMD,
+                                                       kCollectionKey, &answer);
+        return {static_cast<const char*>(answer), 0};
+    }
+    ServiceAnswers answers(options.answer);
+    answers.restart(options.header.answers);
+    if (options.answer) {
+        return {answers.of(kCollectionKey), 0};
+    }
+    if (options.header.answers.count(kCollectionKey) == 0 && facts.firstAnswer) {
+        return {*facts.firstAnswer, facts.laterAnswers};
+    }
+    return {answers.of(kCollectionKey), facts.laterAnswers};
+}
+
+ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
+                    std::FILE* json, Progress& progress) {
     std::FILE* readable = options.quiet || json == stdout ? nullptr : stdout;
-    ServiceReport report(findService(), json, readable);
-    const std::string answer = askSwitch();
-    Player player(reader, report, progress);
-    player.play(options.repeat);
+    InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
+    ServiceReport report(findInService<TakeServiceCalls>(kTakeServiceCalls), json, readable);
+    const auto around = [&](const CaptureStep& step, const std::function<void()>& call) {
+        call();
+        if (step.reports) {
+            report.drain(manager);
+        }
+    };
+    Playback playback(reader, facts, options, findInService<SetAnswers>(kSetAnswers), around);
+    const CollectionAnswer answer = askSwitch(facts, options);
+    playback.play(progress);
     if (readable != nullptr) {
-        const Totals totals{answer, player.calls(), player.flushes(), report.reports(),
+        const Totals totals{answer, playback.calls(), playback.flushes(), report.reports(),
                             report.calls()};
-        const std::string text = readableTotals(totals, InfoSynchronizerManager::getInstance());
+        const std::string text = readableTotals(totals, manager);
         std::fputs(text.c_str(), readable);
     }
     if (!isWritten(json) || !isWritten(readable)) {
@@ -172,17 +90,17 @@ ExitStatus playInto(StepReader& reader, const ReplayOptions& options, std::FILE*
 ExitStatus run(const ReplayOptions& options) {
     ExitStatus statusOfException = kUnusable;
     try {
-        LogFile log(options.log);
-        StepReader reader(log);
+        StepReader reader(*options.log, options.header);
         const bool reportOnTerminal = options.json != "-" && isatty(STDOUT_FILENO) != 0;
         Progress progress(!options.quiet && !reportOnTerminal,
-                          log.size() * (uint64_t{options.repeat} + 1));
-        if (!checkLog(reader, progress)) {
+                          options.log->size() * (uint64_t{options.repeat} + 1));
+        const auto facts = checkLog(reader, options, progress);
+        if (!facts) {
             return kUnusable;
         }
-        const OutputFile json(options.json, options.log);
+        const OutputFile json(options.json, options.path);
         statusOfException = kFailed;
-        return playInto(reader, options, json.get(), progress);
+        return playInto(reader, *facts, options, json.get(), progress);
     } catch (const std::exception& error) {
         std::cerr << "infosync-replay: " << printable(error.what()) << '\n';
         return statusOfException;

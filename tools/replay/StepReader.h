@@ -11,21 +11,22 @@
 #include "CaptureLog.h"
 #include "LineError.h"
 #include "LogFile.h"
+#include "LogHeader.h"
 
 namespace replay {
 
 // Reads a log from its first line to its last, any number of times, and says what is wrong with
-// each line. The threads that it names are counted over all readings.
+// each line. The threads that a log without a header names are counted over all readings.
 class StepReader {
   public:
-    // The log must outlive this.
-    explicit StepReader(LogFile& log) : mLog(log) {}
+    // Both must outlive this.
+    StepReader(LogFile& log, const LogHeader& header) : mLog(log), mHeader(header) {}
 
     // Goes back to the first line; image names have this suffix from now on.
     void restart(std::string imageSuffix);
 
     // Reads the next line. Returns false at the end. The step is meaningful only if `errors` is
-    // empty then. Throws std::runtime_error if the log cannot be read.
+    // empty then, but for its kind. Throws std::runtime_error if the log cannot be read.
     bool next(CaptureStep& step);
 
     // Remembers how long the log is: to be called after its last line.
@@ -35,19 +36,32 @@ class StepReader {
     // Of the last line:
     const std::vector<LineError>& errors() const { return mErrors; }
     size_t lineSize() const { return mLine.size(); }
-    std::string place() const;  // "LOG:LINE", printable
+    std::string place() const { return mLog.place(); }
+    bool beginsAsObject() const { return mLine.find_first_not_of(" \t\r") == mLine.find('{'); }
+    // It is the recording's last, was cut off and is left out.
+    bool lineIsCut() const { return mCut; }
 
     const LogFile& log() const { return mLog; }
+    const LogHeader& header() const { return mHeader; }
 
   private:
+    // Who wrote the log's lines.
+    enum class Origin { kUnknown, kByHand, kRecorded };
+
+    void readLine(CaptureStep& step);
+    void checkOrigin(const CaptureStep& step);
     void countThread(const std::string& name);
 
     LogFile& mLog;
+    const LogHeader& mHeader;
     uint64_t mLength = 0;
     std::string mLine;
     std::string mImageSuffix;
     std::vector<LineError> mErrors;
     std::set<std::string> mThreads;
+    Origin mOrigin = Origin::kUnknown;
+    bool mCut = false;
+    bool mEnded = false;
 };
 
 }  // namespace replay

@@ -11,7 +11,8 @@
 
 namespace replay {
 
-// The object that `text` is; null after something was added to `errors`.
-nlohmann::json parseObject(std::string_view text, std::vector<LineError>& errors);
+// The object that `text` is; null after something was added to `errors`. `isJson` is then set to
+// whether the text is JSON at all.
+nlohmann::json parseObject(std::string_view text, std::vector<LineError>& errors, bool* isJson);
 
 }  // namespace replay

@@ -17,7 +17,7 @@ namespace {
 constexpr size_t kMostNamesShown = 10;
 constexpr size_t kLongestName = 60;
 
-std::string collectionState(const std::string& answer) {
+std::string collectionState(const CollectionAnswer& answer) {
     if (!camInfosync::camQuillSupported) {
         return "off: persist.vendor.camera.camquill.supported is not true";
     }
@@ -27,8 +27,12 @@ std::string collectionState(const std::string& answer) {
     if (camInfosync::InfoSynchronizer::mIntentAwareImpl == nullptr) {
         return "off: there is no service to ask";
     }
-    return (answer == "enabled" ? "on" : "off") + std::string(": the service answers \"") +
-           printable(answer, kLongestName) + '"';
+    const std::string state = answer.first == "enabled" ? "on" : "off";
+    const std::string text =
+            ": the service answers \"" + printable(answer.first, kLongestName) + '"';
+    return answer.changes == 0 ? state + text
+                               : state + " at first" + text + ", and changes its answer " +
+                                         std::to_string(answer.changes) + " times";
 }
 
 // The first names of a map, in its order, as ": A, B, ... and N more".

@@ -11,8 +11,14 @@ class InfoSynchronizerManager;
 
 namespace replay {
 
+// What the service answers to whether snapshots are collected.
+struct CollectionAnswer {
+    std::string first;
+    uint64_t changes = 0;  // how often it answered something else afterwards
+};
+
 struct Totals {
-    std::string answer;  // of the service, to whether snapshots are collected
+    CollectionAnswer answer;
     uint64_t calls = 0;
     uint64_t flushes = 0;
     uint64_t reports = 0;

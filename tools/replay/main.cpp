@@ -22,6 +22,9 @@
 #include <CLI/Validators.hpp>
 
 #include "ExitStatus.h"
+#include "LogFile.h"
+#include "LogHeader.h"
+#include "Printable.h"
 #include "ReplayOptions.h"
 
 namespace {
@@ -29,7 +32,6 @@ namespace {
 struct Settings {
     ReplayOptions replay;
     std::vector<std::string> properties;
-    std::string answer;
     std::string logLevel;
     bool noService = false;
 };
@@ -43,7 +45,7 @@ std::string checkProperty(const std::string& text) {
 }
 
 void addOptions(CLI::App& app, Settings& settings) {
-    app.add_option("log", settings.replay.log, "The capture log, or - for standard input")
+    app.add_option("log", settings.replay.path, "The capture log, or - for standard input")
             ->required()
             ->type_name("LOG");
     app.add_option("--json", settings.replay.json,
@@ -58,9 +60,16 @@ void addOptions(CLI::App& app, Settings& settings) {
             ->check(checkProperty)
             ->type_name("KEY=VALUE")
             ->allow_extra_args(false);
-    app.add_option("--answer", settings.answer,
+    app.add_option("--answer", settings.replay.answer,
                    "What the service answers to every command, instead of \"enabled\"")
             ->type_name("TEXT");
+    app.add_option("--image", settings.replay.images,
+                   "Play only the captures of this name, and what belongs to none; may be repeated")
+            ->type_name("NAME")
+            ->allow_extra_args(false);
+    app.add_flag("--timing", settings.replay.timing, "Keep the gaps that were recorded");
+    app.add_flag("--free", settings.replay.free,
+                 "Let the threads of a recording run freely, each in its own order");
     app.add_flag("--no-service", settings.noService, "Play without an overlap library");
     app.add_option("--log-level", settings.logLevel,
                    "The least level that the library logs to standard error, instead of warn")
@@ -78,19 +87,24 @@ const char* levelNumber(const std::string& name) {
                              : "8";
 }
 
-void setEnvironment(const CLI::App& app, const Settings& settings) {
-    if (!settings.properties.empty()) {
-        const char* before = std::getenv("INFOSYNC_HOST_PROPERTIES");
-        std::string properties = before != nullptr ? before : "";
-        for (const std::string& property : settings.properties) {
-            properties += '\n' + property;
-        }
+// The header's properties win over the environment's, and the options' over both.
+void setProperties(const Settings& settings) {
+    const char* before = std::getenv("INFOSYNC_HOST_PROPERTIES");
+    std::string properties = before != nullptr ? before : "";
+    for (const auto& [key, value] : settings.replay.header.properties) {
+        properties += '\n' + key + (value ? "=true" : "=false");
+    }
+    for (const std::string& property : settings.properties) {
+        properties += '\n' + property;
+    }
+    if (!properties.empty()) {
         setenv("INFOSYNC_HOST_PROPERTIES", properties.c_str(), 1);
     }
-    if (app.count("--answer") != 0) {
-        setenv("INFOSYNC_HOST_ANSWER", settings.answer.c_str(), 1);
-    }
-    if (settings.noService) {
+}
+
+void setEnvironment(const Settings& settings) {
+    setProperties(settings);
+    if (settings.noService || !settings.replay.header.service) {
         setenv("INFOSYNC_HOST_NO_SERVICE", "1", 1);
     }
     if (!settings.logLevel.empty()) {
@@ -146,6 +160,24 @@ int play(const ReplayOptions& options) {
     return entry(&options);
 }
 
+// Opens the log and reads what it says of its own playing, then plays it.
+int openAndPlay(Settings& settings) {
+    ReplayOptions& options = settings.replay;
+    try {
+        replay::LogFile log(options.path);
+        options.log = &log;
+        if (!replay::readHeader(log, options.header)) {
+            return replay::kUnusable;
+        }
+        setEnvironment(settings);
+        return play(options);
+    } catch (const std::exception& error) {
+        const std::string text = replay::printable(error.what());
+        std::fprintf(stderr, "infosync-replay: %s\n", text.c_str());
+        return replay::kUnusable;
+    }
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Plays a capture log through the library and shows what the service received.",
                  "infosync-replay");
@@ -156,8 +188,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? replay::kPlayed : replay::kUnusable;
     }
-    setEnvironment(app, settings);
-    return play(settings.replay);
+    return openAndPlay(settings);
 }
 
 }  // namespace

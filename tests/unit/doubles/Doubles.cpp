@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <future>
 #include <stdexcept>
 #include <utility>
 
@@ -20,12 +21,10 @@
 #include <processgroup/processgroup.h>
 #include <zudebug/Log.h>
 
-#include "ServiceBase.h"
-
 namespace doubles {
 
-std::function<std::string(std::string& key)> onQuery;
-std::function<void()> onCall;
+std::function<std::string(const std::string& key)> onQuery;
+std::function<void(const Call& call)> onCall;
 std::function<void()> onLog;
 std::atomic<int> threadsLeft{-1};
 std::atomic<int> clockReads{0};
@@ -88,30 +87,19 @@ std::vector<std::string> expectedLines(const std::string& suite, const std::stri
     return lines;
 }
 
-class Service final : public ServiceBase {
-  public:
-    void setParam(const std::string& id, const std::string& key,
-                  const std::string& value) override {
-        called("setParam(" + id + ", " + key + ", " + value + ")");
-    }
-    void reportEvent(const std::string& id, const std::string& event) override {
-        called("reportEvent(" + id + ", " + event + ")");
-    }
-    void finishReport(std::string id, int32_t first, int32_t second) override {
-        const std::string integers = std::to_string(first) + ", " + std::to_string(second);
-        called("finishReport(" + id + ", " + integers + ")");
-    }
-    std::string queryValue(std::string key) override {
-        doubles::note("queryValue(" + key + ")");
-        return doubles::onQuery ? doubles::onQuery(key) : "enabled";
-    }
-
-  private:
-    static void called(const std::string& call) {
-        doubles::note(call);
-        if (doubles::onCall) {
-            doubles::onCall();
+class Service final : public doubles::CallService {
+    void receive(const doubles::Call& call) override {
+        std::string text = call[0] + "(" + call[1];
+        for (size_t i = 2; i < call.size(); ++i) {
+            text += ", " + call[i];
         }
+        doubles::note(text + ")");
+        if (doubles::onCall) {
+            doubles::onCall(call);
+        }
+    }
+    std::string answerTo(const std::string& key) override {
+        return doubles::onQuery ? doubles::onQuery(key) : "enabled";
     }
 };
 
@@ -147,7 +135,6 @@ namespace doubles {
 Test::Test() {
     onQuery = nullptr;
     onCall = nullptr;
-    onLog = nullptr;
     threadsLeft = -1;
     clockStopped = false;
     zudebug::gZuCamLogLevel = ANDROID_LOG_INFO;
@@ -157,16 +144,19 @@ Test::Test() {
 }
 
 void Test::TearDown() {
+    onLog = nullptr;  // the library logs until the process has ended
     clockStopped = false;
     const auto* info = testing::UnitTest::GetInstance()->current_test_info();
     const std::vector<std::string> expected = expectedLines(info->test_suite_name(), info->name());
     std::vector<std::string> actual = takeJournal();
     const std::string address = testing::PrintToString(static_cast<void*>(service()));
     for (size_t i = 0; i < std::min(expected.size(), actual.size()); ++i) {
-        replaceFrom(actual[i], address, address.size(), "SERVICE");
-        if (const size_t file = actual[i].find(".cpp:");
-            expected[i].find(".cpp:* ") != std::string::npos) {
-            replaceFrom(actual[i], ".cpp:", actual[i].find(' ', file) - file, ".cpp:*");
+        if (const size_t found = actual[i].find(address); found != std::string::npos) {
+            actual[i].replace(found, address.size(), "SERVICE");
+        }
+        const size_t line = actual[i].find(".cpp:");
+        if (line != std::string::npos && expected[i].find(".cpp:* ") != std::string::npos) {
+            actual[i].replace(line, actual[i].find(' ', line) - line, ".cpp:*");
         }
     }
     EXPECT_EQ(joined(actual), joined(expected));
@@ -177,12 +167,6 @@ void note(const std::string& line) {
     state().journal.push_back(line);
     if (getenv("TEST_ECHO") != nullptr) {
         puts(line.c_str());
-    }
-}
-
-void replaceFrom(std::string& line, const std::string& begin, size_t length, const char* by) {
-    if (const size_t position = line.find(begin); position != std::string::npos) {
-        line.replace(position, length, by);
     }
 }
 
@@ -208,6 +192,11 @@ int locksOf(std::mutex* mutex, const std::function<void()>& run,
                 onLock ? &onLock : nullptr};
     run();
     return std::exchange(counting, {}).locks;
+}
+
+bool isFree(std::mutex& mutex) {
+    const auto tryLock = [&mutex] { return std::unique_lock(mutex, std::try_to_lock).owns_lock(); };
+    return std::async(std::launch::async, tryLock).get();
 }
 
 }  // namespace doubles

@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CallService.h"
 #include "IntentAwareSys.h"
 
 namespace doubles {
@@ -38,14 +39,11 @@ void note(const std::string& name, const Value& value) {
 // Takes the journal away, so that it is not compared.
 std::vector<std::string> takeJournal();
 
-// Replaces `length` characters from the first `begin` on, if there is one.
-void replaceFrom(std::string& line, const std::string& begin, size_t length, const char* by);
-
-// Set by a test, and undone before the next.
-extern std::function<std::string(std::string& key)> onQuery;  // may write to the key
-extern std::function<void()> onCall;                          // in every other service call
-extern std::function<void()> onLog;                           // in every message
-extern std::atomic<int> threadsLeft;  // that may still start; negative: any number
+// Set by a test, and undone before the next; onLog at its end.
+extern std::function<std::string(const std::string& key)> onQuery;
+extern std::function<void(const Call& call)> onCall;  // in every call, before its answer
+extern std::function<void()> onLog;                   // in every message
+extern std::atomic<int> threadsLeft;                  // that may still start; negative: any number
 
 IntentAwareSys* service();
 
@@ -57,6 +55,9 @@ extern std::atomic<int> clockReads;
 // each lock that counts.
 int locksOf(std::mutex* mutex, const std::function<void()>& run,
             const std::function<void()>& onLock = {});
+
+// Whether another thread could lock `mutex`.
+bool isFree(std::mutex& mutex);
 
 // The task profiles and the nice value that this thread asked for.
 extern thread_local std::string profiles;

@@ -1,0 +1,14 @@
+// Recognises files that are given in place of a capture log.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace replay {
+
+// What is wrong with a file that begins so, if all of it is: one sentence for the user. Empty if
+// it may be a capture log.
+std::string unreadableKind(std::string_view beginning);
+
+}  // namespace replay

@@ -1,0 +1,148 @@
+// Reads the arguments of one operation of the library.
+
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "CaptureLog.h"
+#include "FieldErrors.h"
+#include "FieldReader.h"
+#include "InfoSynchronizerManager.h"
+#include "RecordReader.h"
+#include "Spelling.h"
+
+namespace replay {
+
+using camInfosync::InfoSynchronizerManager;
+
+// How an argument is stored until its call is made.
+template <typename Argument>
+using StoredArgument =
+        std::conditional_t<std::is_same_v<Argument, const char*>, ZeroTerminated, Argument>;
+
+template <typename Argument>
+Argument asArgument(const StoredArgument<Argument>& stored) {
+    if constexpr (std::is_same_v<Argument, const char*>) {
+        return stored ? stored->c_str() : nullptr;
+    } else {
+        return stored;
+    }
+}
+
+// The texts that a code may be given by: a table of the library's, indexed by the code.
+struct CodeNames {
+    const char* const* texts = nullptr;
+    size_t count = 0;
+};
+
+template <size_t Count>
+CodeNames codeNames(const char* const (&texts)[Count]) {
+    return {texts, Count};
+}
+
+template <typename Code>
+void readCodeName(const std::string& name, CodeNames codes, Code& out, const Path& path,
+                  Errors& errors) {
+    const std::vector<std::string_view> texts(codes.texts, codes.texts + codes.count);
+    const auto position = std::find(texts.begin(), texts.end(), name);
+    if (position != texts.end()) {
+        out = static_cast<Code>(position - texts.begin());
+        return;
+    }
+    std::string list;
+    for (const std::string_view text : texts) {
+        list += (list.empty() ? "" : ", ") + std::string(text);
+    }
+    errors.add(path, "must be a number or one of " + list + didYouMean(name, texts));
+}
+
+struct Field {
+    std::string_view name;
+    bool optional = false;  // if missing: zero
+    CodeNames codes{};      // if it may be given by name
+};
+
+// One operation of the library, with one of its argument lists.
+class OperationForm {
+  public:
+    // `fields` are the names of the operation's arguments.
+    template <typename... Arguments>
+    OperationForm(std::string_view name, void (InfoSynchronizerManager::*operation)(Arguments...),
+                  const std::array<Field, sizeof...(Arguments)>& fields)
+        : mName(name), mFields(fields.begin(), fields.end()) {
+        mReadArguments = [operation, fields](const json& line, const std::string& suffix,
+                                             CaptureStep& step, Errors& errors) {
+            bindArguments(operation, fields, line, suffix, step, errors,
+                          std::index_sequence_for<Arguments...>());
+        };
+    }
+
+    std::string_view name() const { return mName; }
+    const std::vector<Field>& fields() const { return mFields; }
+    bool has(std::string_view name) const {
+        return std::any_of(mFields.begin(), mFields.end(),
+                           [name](const Field& field) { return field.name == name; });
+    }
+    size_t countPresent(const json& line) const {
+        return static_cast<size_t>(std::count_if(
+                mFields.begin(), mFields.end(),
+                [&line](const Field& field) { return line.contains(std::string(field.name)); }));
+    }
+    // Sets the step's call, and its image if the operation has one.
+    void readArguments(const json& line, const std::string& imageSuffix, CaptureStep& step,
+                       Errors& errors) const {
+        mReadArguments(line, imageSuffix, step, errors);
+    }
+
+  private:
+    template <typename Value>
+    static void readField(const json& line, const Field& field, Value& out, Errors& errors) {
+        const auto position = line.find(std::string(field.name));
+        const Path path{nullptr, field.name};
+        if constexpr (std::is_integral_v<Value>) {
+            if (field.codes.count != 0 && position != line.end() && position->is_string()) {
+                readCodeName(position->get_ref<const std::string&>(), field.codes, out, path,
+                             errors);
+                return;
+            }
+        }
+        if (position != line.end()) {
+            readValue(*position, out, path, errors);
+        } else if (!field.optional) {
+            errors.add(path, "is missing");
+        }
+    }
+
+    template <typename... Arguments, size_t... I>
+    static void bindArguments(void (InfoSynchronizerManager::*operation)(Arguments...),
+                              const std::array<Field, sizeof...(Arguments)>& fields,
+                              const json& line, const std::string& imageSuffix, CaptureStep& step,
+                              Errors& errors, std::index_sequence<I...> /*indices*/) {
+        std::tuple<StoredArgument<Arguments>...> arguments;
+        (readField(line, fields[I], std::get<I>(arguments), errors), ...);
+        if constexpr (std::is_same_v<std::decay_t<decltype(std::get<0>(arguments))>, std::string>) {
+            step.image = std::get<0>(arguments);  // the image name comes first
+            std::get<0>(arguments) += imageSuffix;
+        }
+        step.run = [operation, arguments = std::move(arguments)](InfoSynchronizerManager& manager) {
+            (manager.*operation)(asArgument<Arguments>(std::get<I>(arguments))...);
+        };
+    }
+
+    std::string_view mName;
+    std::vector<Field> mFields;
+    std::function<void(const json&, const std::string&, CaptureStep&, Errors&)> mReadArguments;
+};
+
+}  // namespace replay
