@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -269,6 +270,11 @@ void many() {
     manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
 }
 
+// A line that the replay would not read.
+void huge() {
+    manager().updateSnapshotErrorInfo("A", Text(size_t{64} << 20U, 'x').c_str());
+}
+
 void tenCalls() {
     prctl(PR_SET_NAME, "\xff first");
     for (int i = 1; i <= 10; ++i) {
@@ -338,6 +344,31 @@ void late() {
     tenCalls();
 }
 
+// The process ends while eight threads call.
+void exiting() {
+    static InfoSynchronizerManager* const lateManager = new InfoSynchronizerManager;
+    static std::atomic<int> calls{0};
+    for (int i = 0; i < 8; ++i) {
+        std::thread([] {
+            for (;; ++calls) {
+                lateManager->request(static_cast<InfoSyncType>(7), nullptr, nullptr);
+            }
+        }).detach();
+    }
+    while (calls < 1000) {
+        std::this_thread::yield();
+    }
+}
+
+// A HAL looks at errno after it has told the library that something failed.
+void failing() {
+    for (int i = 0; i < 10; ++i) {
+        errno = EXDEV;
+        manager().registerSnapshotRequestRecord("A");
+        std::printf("%d\n", errno == EXDEV ? 1 : 0);
+    }
+}
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
@@ -351,7 +382,10 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"memory", memory},
                                               {"untouched", untouched},
                                               {"late", late},
+                                              {"exiting", exiting},
+                                              {"failing", failing},
                                               {"many", many},
+                                              {"huge", huge},
                                               {"held", held}};
     const auto deed = deeds.find(what);
     if (deed == deeds.end()) {

@@ -249,7 +249,7 @@ int play(const Text& path, const Text& folder, const char* player) {
 // Everything that a queue holds, as text.
 class Dump {
   public:
-    explicit Dump(const Text& path) : mFile(path) {}
+    explicit Dump(const Text& path) : mFile(path) { mFile << std::hexfloat; }
 
     void write(Manager& from) {
         const camInfosync::RequestRecordQueue& queue = *from.mRequestRecordQueue;

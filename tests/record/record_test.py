@@ -202,6 +202,10 @@ class Record(RecordTest):
         self.assertEqual([part, part + 1], [json.loads(path.read_text().split("\n")[0])["part"]
                                             for path in (first, second)])
 
+    def test_limit_by_property(self):
+        self.run_hal("turns", INFOSYNC_HOST_PROPERTIES="debug.infosync.record.limit=65536")
+        self.assertEqual(2, len(self.parts()))
+
     def test_limit_of_the_process(self):
         sizes = resource.getrlimit(resource.RLIMIT_FSIZE)
         resource.setrlimit(resource.RLIMIT_FSIZE, (20000, sizes[1]))
@@ -221,6 +225,11 @@ class Record(RecordTest):
         self.assertLess(len(json.dumps(header["cut"])), 8192 + 100)
         later = self.parts()[-1].read_text().count('"registerSnapshotRequestRecord"')
         self.assertEqual(301, len(header["cut"]) + header["cutMore"] + later)
+
+    def test_more_than_the_replay_reads(self):
+        self.run_hal("huge", INFOSYNC_RECORD_LIMIT="1000000000")
+        self.assertEqual([True, False], [(1 << 26) < self.lines()[0]["omitted"] < (1 << 26) + 200,
+                                         "text" in self.lines()[0]])
 
     def test_limit_that_is_none(self):
         for limit in ("65535", "1e9", "-1"):
@@ -267,6 +276,17 @@ class Record(RecordTest):
         self.expect_warnings("capture-.*Cannot allocate memory; recording ends")
         self.assertEqual("short", self.lines()[-1]["image"])
 
+    def test_call_before_the_recorder_is_ready(self):
+        preload = f'{E["RECORDER"]} {E["EARLY"]}'
+        for folder in (self.folder, None):
+            said = self.run_hal("tenCalls", command=[E["HAL_PLAIN"]], LD_PRELOAD=preload,
+                                INFOSYNC_RECORD=folder)
+            self.assertEqual(["ten"], said)
+            self.expect_warnings()
+        self.assertEqual(["registerSnapshotRequestRecord", *10 * ["updateAnchorFrame"]],
+                         self.calls("call"))
+        self.assertEqual([1], self.calls("answered"))
+
     def test_ends(self):
         self.assertEqual(["ten", "late"], self.run_hal("late"))
         self.assertEqual({"end": True, "calls": 10}, self.lines()[-1])
@@ -274,6 +294,19 @@ class Record(RecordTest):
         self.assertEqual(["ten", "closed"], self.run_hal(
             "tenCalls", command=(E["LOADER"], E["LIBRARY"], E["MODULE_AHEAD"])))
         self.assertEqual({"end": True, "calls": 10}, self.lines()[-1])
+
+    def test_nothing_after_the_end(self):
+        for _ in range(5):
+            self.run_hal("exiting")
+            *lines, last = self.lines()
+            self.assertEqual({"end": True, "calls": len(lines)}, last)
+            self.empty_folder()
+
+    def test_errno_is_kept(self):
+        for fault in ("interrupted", "full 3", "refused"):
+            said = self.run_hal("failing", FAULT=fault, LD_PRELOAD=E["FAULTS"])
+            self.assertEqual(10 * ["1"], said, fault)
+            self.empty_folder()
 
     def test_killed_at_any_instant(self):
         for _ in range(int(E.get("KILLS", "12"))):

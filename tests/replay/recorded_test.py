@@ -113,6 +113,11 @@ class Order(RecordedTest):
         self.assertEqual("A B C D E", self.play(
             *lines, options=["--no-service", "--property", FORCED + "=true"]))
 
+    def test_many_calls_within_questions(self):
+        lines = [recorded(number, register(f"i{number}")) for number in range(1, 20_001)]
+        self.play(*lines, *[answered(number, "enabled") for number in range(20_000, 0, -1)], END)
+        self.assertEqual("20000", self.total("calls made"))
+
     def test_answers_change(self):
         lines = [answered(99, "disabled", tid=9), recorded(1, register("A")),
                  recorded(2, register("B")), answered(2, "enabled"), recorded(3, register("C")),

@@ -92,82 +92,87 @@ class Operation {
 
 using Text = std::string;
 
-Operation<Text> registerRecord{&Manager::registerSnapshotRequestRecord,
-                               Kind::kRegister,
-                               "registerSnapshotRequestRecord",
-                               {"image"}};
-Operation<Text> unregisterRecord{&Manager::unregisterSnapshotRequestRecord,
-                                 Kind::kUnregister,
-                                 "unregisterSnapshotRequestRecord",
-                                 {"image"}};
-Operation<Text, InfoSyncType> flush{&Manager::snapshotRequestInfoFlush,
-                                    Kind::kFlush,
-                                    "snapshotRequestInfoFlush",
-                                    {"image", "type"}};
-Operation<Text, uint32_t, Text, std::vector<uint32_t>, uint32_t> frameInfo{
+RECORDING_CONSTINIT Operation<Text> registerRecord{&Manager::registerSnapshotRequestRecord,
+                                                   Kind::kRegister,
+                                                   "registerSnapshotRequestRecord",
+                                                   {"image"}};
+RECORDING_CONSTINIT Operation<Text> unregisterRecord{&Manager::unregisterSnapshotRequestRecord,
+                                                     Kind::kUnregister,
+                                                     "unregisterSnapshotRequestRecord",
+                                                     {"image"}};
+RECORDING_CONSTINIT Operation<Text, InfoSyncType> flush{&Manager::snapshotRequestInfoFlush,
+                                                        Kind::kFlush,
+                                                        "snapshotRequestInfoFlush",
+                                                        {"image", "type"}};
+RECORDING_CONSTINIT Operation<Text, uint32_t, Text, std::vector<uint32_t>, uint32_t> frameInfo{
         &Manager::updateFrameInfo,
         Kind::kUpdate,
         "updateFrameInfo",
         {"image", "frameNumber", "timestamp", "camIds", "frameExtra"}};
-Operation<Text, int32_t, int32_t, bool, uint64_t, std::vector<int32_t>, std::vector<int32_t>>
+RECORDING_CONSTINIT Operation<Text, int32_t, int32_t, bool, uint64_t, std::vector<int32_t>,
+                              std::vector<int32_t>>
         requestInfo{&Manager::updateRequestInfo,
                     Kind::kUpdate,
                     "updateRequestInfo",
                     {"image", "reqValueA", "reqValueB", "reqFlag", "reqValue64", "reqIdsA",
                      "expectedResultIds"}};
-Operation<Text, RequestType, uint32_t, int32_t, float, Text> uiInfo{
+RECORDING_CONSTINIT Operation<Text, RequestType, uint32_t, int32_t, float, Text> uiInfo{
         &Manager::updateUIInfo,
         Kind::kUpdate,
         "updateUIInfo",
         {"image", "requestType", "camMode", "faceDetect", "zoomRatio", "uiExtra"}};
-Operation<Text, float, int32_t, float, int64_t> anchor3aInfo{
+RECORDING_CONSTINIT Operation<Text, float, int32_t, float, int64_t> anchor3aInfo{
         &Manager::updateAnchor3aInfo,
         Kind::kUpdate,
         "updateAnchor3aInfo",
         {"image", "fstop", "iso", "lux", "exposureTime"}};
-Operation<Text, int32_t> anchorFrame{
+RECORDING_CONSTINIT Operation<Text, int32_t> anchorFrame{
         &Manager::updateAnchorFrame, Kind::kUpdate, "updateAnchorFrame", {"image", "anchorFrame"}};
-Operation<Text, uint32_t, int32_t> vendorResult{&Manager::updateVndResultInfo,
-                                                Kind::kUpdate,
-                                                "updateVndResultInfo",
-                                                {"image", "resultId", "errorCode"}};
-Operation<Text, SnapshotInfo::VendorResultInfo> vendorResults{&Manager::updateVndResultInfo,
-                                                              Kind::kUpdate,
-                                                              "updateVndResultInfo",
-                                                              {"image", "vendorResultInfo"}};
-Operation<Text, std::vector<Text>> algoList{
+RECORDING_CONSTINIT Operation<Text, uint32_t, int32_t> vendorResult{
+        &Manager::updateVndResultInfo,
+        Kind::kUpdate,
+        "updateVndResultInfo",
+        {"image", "resultId", "errorCode"}};
+RECORDING_CONSTINIT Operation<Text, SnapshotInfo::VendorResultInfo> vendorResults{
+        &Manager::updateVndResultInfo,
+        Kind::kUpdate,
+        "updateVndResultInfo",
+        {"image", "vendorResultInfo"}};
+RECORDING_CONSTINIT Operation<Text, std::vector<Text>> algoList{
         &Manager::updateZuAlgoInfo, Kind::kUpdate, "updateZuAlgoInfo", {"image", "algoList"}};
-Operation<Text, SnapshotInfo::ZuAlgoInfo> algoInfo{
+RECORDING_CONSTINIT Operation<Text, SnapshotInfo::ZuAlgoInfo> algoInfo{
         &Manager::updateZuAlgoInfo, Kind::kUpdate, "updateZuAlgoInfo", {"image", "zuAlgoInfo"}};
-Operation<Text, const char*> errorInfo{&Manager::updateSnapshotErrorInfo,
-                                       Kind::kUpdate,
-                                       "updateSnapshotErrorInfo",
-                                       {"image", "text"}};
-Operation<std::map<Text, uint32_t>> postProcInfo{
+RECORDING_CONSTINIT Operation<Text, const char*> errorInfo{&Manager::updateSnapshotErrorInfo,
+                                                           Kind::kUpdate,
+                                                           "updateSnapshotErrorInfo",
+                                                           {"image", "text"}};
+RECORDING_CONSTINIT Operation<std::map<Text, uint32_t>> postProcInfo{
         &Manager::updatePostProcInfo, Kind::kUpdate, "updatePostProcInfo", {"postProcInfo"}};
-Operation<Text, uint32_t> timeStage{&Manager::updateSnapshotTimeInfo,
-                                    Kind::kUpdate,
-                                    "updateSnapshotTimeInfo",
-                                    {"image", "stage"}};
-Operation<Text, std::map<Text, int64_t>> timeInfo{&Manager::updateSnapshotTimeInfo,
-                                                  Kind::kUpdate,
-                                                  "updateSnapshotTimeInfo",
-                                                  {"image", "timeInfo"}};
-Operation<Text, Text, double, double, double> nodeTimes{
+RECORDING_CONSTINIT Operation<Text, uint32_t> timeStage{&Manager::updateSnapshotTimeInfo,
+                                                        Kind::kUpdate,
+                                                        "updateSnapshotTimeInfo",
+                                                        {"image", "stage"}};
+RECORDING_CONSTINIT Operation<Text, std::map<Text, int64_t>> timeInfo{
+        &Manager::updateSnapshotTimeInfo,
+        Kind::kUpdate,
+        "updateSnapshotTimeInfo",
+        {"image", "timeInfo"}};
+RECORDING_CONSTINIT Operation<Text, Text, double, double, double> nodeTimes{
         &Manager::updateNodeProcTime,
         Kind::kUpdate,
         "updateNodeProcTime",
         {"image", "node", "first", "second", "third"}};
-Operation<Text, Text, int32_t> nodeState{&Manager::updateNodeProcState,
-                                         Kind::kUpdate,
-                                         "updateNodeProcState",
-                                         {"image", "node", "state"}};
-Operation<Text, std::map<Text, Text>> nodeStates{
+RECORDING_CONSTINIT Operation<Text, Text, int32_t> nodeState{&Manager::updateNodeProcState,
+                                                             Kind::kUpdate,
+                                                             "updateNodeProcState",
+                                                             {"image", "node", "state"}};
+RECORDING_CONSTINIT Operation<Text, std::map<Text, Text>> nodeStates{
         &Manager::updateNodeProcState, Kind::kUpdate, "updateNodeProcState", {"image", "states"}};
 
-Real<void (Manager::*)(InfoSyncType, const void*, void**)> request{&Manager::request};
-Real<Manager& (*)()> getInstanceOfRecords{&Manager::getInstance};
-Real<void* (*)()> getInstanceOfC{&GetInstance};
+RECORDING_CONSTINIT Real<void (Manager::*)(InfoSyncType, const void*, void**)> request{
+        &Manager::request};
+RECORDING_CONSTINIT Real<Manager& (*)()> getInstanceOfRecords{&Manager::getInstance};
+RECORDING_CONSTINIT Real<void* (*)()> getInstanceOfC{&GetInstance};
 
 void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in*/,
                    void** /*out*/) {}

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -27,9 +28,9 @@
 
 namespace recording {
 
-std::atomic<State> gState{State::kUndecided};
-std::atomic<const void*> gManager{nullptr};
-std::atomic<const void*> gOtherManager{nullptr};
+RECORDING_CONSTINIT std::atomic<State> gState{State::kUndecided};
+RECORDING_CONSTINIT std::atomic<const void*> gManager{nullptr};
+RECORDING_CONSTINIT std::atomic<const void*> gOtherManager{nullptr};
 
 namespace {
 
@@ -40,15 +41,15 @@ union NeverDestroyed {
     Value value;
 };
 
-NeverDestroyed<std::mutex> order;       // of the getInstance() manager's records
-NeverDestroyed<std::mutex> otherOrder;  // of the GetInstance() manager's
+RECORDING_CONSTINIT NeverDestroyed<std::mutex> order;  // of the getInstance() manager's records
+RECORDING_CONSTINIT NeverDestroyed<std::mutex> otherOrder;  // of the GetInstance() manager's
 
 // The write mutex guards what follows. It is taken last: nothing but the C library is called while
 // it is held, and nothing is logged.
-NeverDestroyed<std::mutex> writing;
-NeverDestroyed<std::unique_ptr<Recording>> recording;
+RECORDING_CONSTINIT NeverDestroyed<std::mutex> writing;
+RECORDING_CONSTINIT NeverDestroyed<std::unique_ptr<Recording>> recording;
 
-NeverDestroyed<ServiceProxy> proxy;
+RECORDING_CONSTINIT NeverDestroyed<ServiceProxy> proxy;
 
 // What is to be logged once the write mutex is free.
 struct Notice {
@@ -72,9 +73,22 @@ void stop(Notice& notice, const Fault& fault) {
     recording.value.reset();
 }
 
-// Lets `write` add to the recording, if there still is one.
+// Gives back the errno that the HAL is perhaps about to read.
+class KeptErrno {
+  public:
+    KeptErrno() = default;
+    ~KeptErrno() { errno = mError; }
+    KeptErrno(const KeptErrno&) = delete;
+    KeptErrno& operator=(const KeptErrno&) = delete;
+
+  private:
+    const int mError = errno;
+};
+
+// Lets `write` add to the recording, if there still is one. Nothing is added after what `isLast`.
 template <typename Write>
-void addToRecording(Write write) {
+void addToRecording(Write write, bool isLast = false) {
+    const KeptErrno keptErrno;
     Notice notice;
     {
         const std::lock_guard<std::mutex> lock(writing.value);
@@ -87,9 +101,13 @@ void addToRecording(Write write) {
             if (recording.value->file().partsBegun() != partsBefore) {
                 notice.begun = recording.value->file().path();
             }
+            if (isLast) {
+                gState.store(State::kOff, std::memory_order_release);
+                recording.value.reset();
+            }
         } catch (const Fault& fault) {
             stop(notice, fault);
-        } catch (...) {
+        } catch (const std::exception&) {  // what ends a cancelled thread is none, and passes
             stop(notice, Fault{"cannot be written", ENOMEM});
         }
     }
@@ -122,6 +140,7 @@ State decide() {
     // A child has a copy of the descriptor and of the mutexes, perhaps locked: it is off before it
     // can touch them.
     if (pthread_atfork(nullptr, nullptr, [] { gState.store(State::kOff); }) != 0) {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "no memory; nothing is recorded");
         return State::kOff;
     }
     proxy.value.install();
@@ -137,10 +156,7 @@ struct Life {
         if (!isRecording()) {
             return;
         }
-        addToRecording([](Recording& open) { open.end(); });
-        gState.store(State::kOff, std::memory_order_release);
-        const std::lock_guard<std::mutex> lock(writing.value);
-        recording.value.reset();
+        addToRecording([](Recording& open) { open.end(); }, true);
     }
 };
 const Life life;

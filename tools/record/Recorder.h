@@ -14,7 +14,13 @@
 namespace recording {
 
 // Everything here lives in static storage that is never destroyed: calls may come before the
-// recorder's initialisers and after its end.
+// recorder's initialisers and after its end. What those calls use must need no initialiser; g++
+// makes one of a constant initialisation unless it is told not to.
+#ifdef __clang__
+#define RECORDING_CONSTINIT [[clang::require_constant_initialization]]
+#else
+#define RECORDING_CONSTINIT __constinit
+#endif
 
 enum class State { kUndecided, kOff, kOn };
 extern std::atomic<State> gState;

@@ -42,6 +42,12 @@ void Recording::noteCall(Frame& frame, const Call& call, const WriteArguments& w
     }
 }
 
+// A line is at most half a part, and no longer than the replay reads.
+bool Recording::isTooLong() const {
+    constexpr uint64_t kLongestRead = uint64_t{64} << 20U;
+    return mLine.size() > std::min(mFile.partLimit() / 2, kLongestRead);
+}
+
 void Recording::omitArguments(const Call& call, size_t headSize) {
     const size_t whole = mLine.size();
     const auto write = [&](bool withImage) {

@@ -51,7 +51,7 @@ class Recording {
   private:
     void put(int64_t now);
     void beginPart();
-    bool isTooLong() const { return mLine.size() > mFile.partLimit() / 2; }
+    bool isTooLong() const;
     void omitArguments(const Call& call, size_t headSize);
 
     const Header mHeader;

@@ -30,11 +30,16 @@ using camInfosync::InfoSynchronizerManager;
 // What the service throws where it threw at the recording.
 struct ServiceThrew {};
 
+constexpr unsigned kDeepest = 100;  // calls within each other's questions; each takes some stack
+
 // A call that the calling thread is inside of.
 class CallInProgress {
   public:
     CallInProgress(const CaptureStep& step, bool awaitsAnswer)
-        : mStep(step), mAwaitsAnswer(awaitsAnswer), mOuter(innermost) {
+        : mStep(step),
+          mOuter(innermost),
+          mDepth(mOuter != nullptr ? mOuter->mDepth + 1 : 0),
+          mAwaitsAnswer(awaitsAnswer && mDepth < kDeepest) {
         innermost = this;
         setMoment(step);
         pretend();
@@ -76,11 +81,12 @@ class CallInProgress {
     static thread_local CallInProgress* innermost;
 
     const CaptureStep& mStep;
+    CallInProgress* const mOuter;
+    const unsigned mDepth;
     bool mAwaitsAnswer;
     std::optional<ServiceAnswer> mAnswer;
     bool mHasMoment = false;
     RecordedMoment mMoment{};
-    CallInProgress* const mOuter;
 };
 
 thread_local CallInProgress* CallInProgress::innermost = nullptr;
