@@ -16,6 +16,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -126,7 +127,7 @@ void everything() {
     own.updateAnchorFrame("C", 2);
 }
 
-// Rounds in which eight threads change one thing at the same time; prints who was last.
+// Rounds in which eight threads change one record at the same time; prints what became of it.
 void order() {
     constexpr int kThreads = 8;
     constexpr int kRounds = 400;
@@ -140,24 +141,48 @@ void order() {
         for (int round = 0; round < kRounds; ++round) {
             const Text image = "image-" + std::to_string(round);
             meet(2 * round + 1);
-            manager().registerSnapshotRequestRecord(image);
-            manager().updateAnchorFrame(image, thread);
+            if (thread > 3) {
+                manager().registerSnapshotRequestRecord(image);
+            }
+            for (int i = 0; i < 4; ++i) {
+                manager().updateSnapshotErrorInfo(image, std::to_string(thread).c_str());
+            }
             other().updatePostProcInfo({{image, thread}});
-            if (thread > 5) {
+            if (thread > 6) {
                 manager().unregisterSnapshotRequestRecord(image);
             }
             meet(2 * round + 2);
             if (thread == 0) {
                 const auto& records = manager().mRequestRecordQueue->records;
                 const auto record = records.find(image);
-                std::printf("%d %u\n",
-                            record == records.end()
-                                    ? -1
-                                    : record->second->snapshotInfo.requestInfo.anchorFrame,
+                Text errors = record == records.end() ? "none" : "";
+                for (const Text& error :
+                     errors.empty() ? record->second->errorInfo : std::vector<Text>()) {
+                    errors += error;
+                }
+                std::printf("%s %u\n", errors.c_str(),
                             other().mRequestRecordQueue->postProcInfo.at(image));
             }
         }
     });
+}
+
+// While one call cannot take effect, no other on the same records has a line.
+void held() {
+    manager().registerSnapshotRequestRecord("A");
+    const std::scoped_lock locks(manager().mRequestRecordQueue->mutex,
+                                 other().mRequestRecordQueue->mutex);
+    for (void (*call)() :
+         {+[] { manager().updateAnchorFrame("A", 1); }, +[] { other().updateAnchorFrame("A", 2); },
+          +[] { manager().unregisterSnapshotRequestRecord("A"); },
+          +[] { other().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
+          +[] { other().updateAnchorFrame("A", 3); },
+          +[] { manager().updateAnchorFrame("A", 4); }}) {
+        std::thread(call).detach();
+        // Time enough to write a line that must not be written.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    _exit(0);
 }
 
 // A service that works with the library while it is asked, changes its mind, and throws.
@@ -360,7 +385,8 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"exiting", exiting},
                                               {"failing", failing},
                                               {"many", many},
-                                              {"huge", huge}};
+                                              {"huge", huge},
+                                              {"held", held}};
     const auto deed = deeds.find(what);
     if (deed == deeds.end()) {
         return 2;

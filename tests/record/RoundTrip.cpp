@@ -103,7 +103,7 @@ class Stage {
     Text text() { return chance(9) ? Text("\xc3(\0", 3) : Text(pick(40), 'x'); }
     Text node() { return "node " + std::to_string(pick(4)); }
     double real() {
-        const double special[] = {-0.0, std::nan("7"), -INFINITY, 1e-310, -1.0};
+        const double special[] = {-0.0, std::nan("7"), -HUGE_VAL, 1e-310, -1.0};
         return chance(4) ? special[pick(5)] : static_cast<double>(wide()) / 1e6;
     }
     Manager& any() { return chance(10) ? otherManager() : manager(); }
@@ -203,7 +203,7 @@ Text answer(const Text& key) {
     if (key == kSwitch) {
         return question % 50 == 0 ? "disabled" : "enabled";
     }
-    return Text(question / 64 % 5 * 11, 'a');
+    return Text(size_t{11} * (question / 64 % 5), 'a');
 }
 
 template <typename Function>
@@ -214,6 +214,7 @@ Function* findInService(const char* name) {
 void takeCaptures(unsigned seed, unsigned captures, const Text& folder) {
     findInService<SetAnswers>(kSetAnswers)(answer);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (unsigned number = 0; number < kThreads; ++number) {
         threads.emplace_back([=] {
             Stage stage(seed, number);

@@ -141,10 +141,10 @@ class Record(RecordTest):
                 self.empty_folder()
 
     def test_order_of_lines_is_that_of_effects(self):
-        said = self.run_hal("order")
+        said = self.run_hal("order", FAULT="late", LD_PRELOAD=E["FAULTS"])
         lines = self.lines()
         answered = set(self.calls("answered"))
-        waiting, frames, last = {}, {}, {}
+        waiting, errors, last = {}, {}, {}
         for line in lines:
             # A call that has asked goes on where it was answered, if that is noted.
             if line.get("n") in answered:
@@ -153,15 +153,22 @@ class Record(RecordTest):
             line = waiting.get(line.get("answered"), line)
             call, image = line.get("call"), line.get("image")
             if call == "registerSnapshotRequestRecord":
-                frames.setdefault(image, 0)
+                errors.setdefault(image, "")
             elif call == "unregisterSnapshotRequestRecord":
-                frames.pop(image, None)
-            elif call == "updateAnchorFrame" and image in frames:
-                frames[image] = line["anchorFrame"]
+                errors.pop(image, None)
+            elif call == "updateSnapshotErrorInfo" and image in errors:
+                errors[image] += line["text"]
             elif call == "updatePostProcInfo":
                 last.update(line["postProcInfo"])
         images = [f"image-{i}" for i in range(400)]
-        self.assertEqual([f"{frames.get(image, -1)} {last[image]}" for image in images], said)
+        self.assertEqual([f"{errors.get(image, 'none')} {last[image]}" for image in images], said)
+
+    def test_calls_wait_for_each_other(self):
+        self.run_hal("held")
+        self.assertEqual([("registerSnapshotRequestRecord", None), ("updateAnchorFrame", None),
+                          ("updateAnchorFrame", "GetInstance")],
+                         [(line["call"], line.get("manager")) for line in self.lines()
+                          if "call" in line])
 
     def test_service_that_calls_the_library(self):
         self.assertEqual(["thrown", "5"], self.run_hal("nested"))

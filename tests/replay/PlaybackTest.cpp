@@ -51,8 +51,9 @@ TEST(Playback, TellsThreadsTheRecordedMomentAndKeepsTheGaps) {
     ASSERT_TRUE(replay::readHeader(log, options.header));
     replay::StepReader reader(log, options.header);
     replay::Progress noProgress(false, 0);
-    const replay::LogFacts facts = replay::checkLog(reader, options, noProgress).value();
-    replay::Playback(reader, facts, options, setAnswers, [](const auto&, const auto& call) {
+    const auto facts = replay::checkLog(reader, options, noProgress);
+    ASSERT_TRUE(facts.has_value());
+    replay::Playback(reader, *facts, options, setAnswers, [](const auto&, const auto& call) {
         call();
     }).play(noProgress);
     const auto one = std::get<std::thread::id>(gAsked.at(0));

@@ -13,6 +13,7 @@ import unittest
 from replay_case import (ReplayTest, anchor, answered, call, flush, frame, header, limit, recorded,
                          register, slow_calls)
 
+FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
 SUPPORTED = "persist.vendor.camera.camquill.supported"
 END = '{"end":true,"calls":1}'
 
@@ -58,7 +59,7 @@ class Header(RecordedTest):
         self.assertEqual('on: the service answers "enabled"',
                          self.collection("--answer=enabled", **answers))
         self.assertEqual("1: A", self.total("records left"))
-        self.play(register("A"), head="# comment\n\n \t\n" + header(future=[1]))
+        self.play(register("A", future=1), head="# comment\n\n \t\n" + header(future=[1]))
 
     def test_bad_headers(self):
         read = "this tool reads (1.x)"
@@ -110,8 +111,7 @@ class Order(RecordedTest):
         self.assertEqual("C B D A E", self.play(*lines))
         self.assertEqual("C B D A E", self.play(*lines, options=["--answer=enabled"]))
         self.assertEqual("A B C D E", self.play(
-            *lines, options=["--no-service", "--property=persist.vendor.camera.infoSyncCollect."
-                             "forceEnabled=true"]))
+            *lines, options=["--no-service", "--property", FORCED + "=true"]))
 
     def test_many_calls_within_questions(self):
         lines = [recorded(number, register(f"i{number}")) for number in range(1, 20_001)]
@@ -127,6 +127,7 @@ class Order(RecordedTest):
         self.assertEqual('off at first: the service answers "disabled", and changes its answer '
                          "2 times", self.total("collection"))
         self.assertEqual("A B C D E", self.play(*lines, options=["--answer=enabled"]))
+        self.assertEqual("A B D E", self.play(*lines, options=["--property", FORCED + "=true"]))
         lines = [recorded(1, register("A")), answered(9, "no"), recorded(2, register("B")), END]
         self.play(*lines, options=["--repeat=2"])
         self.assertEqual("2: A, A#2", self.total("records left"))
@@ -183,7 +184,8 @@ class LeftOut(RecordedTest):
         self.play(*lines, head=header(cut=["A", "C"], cutMore=1))
         self.assertEqual([note + "; 1 more such image played without them"], self.notes)
         self.play(*lines, head=header(cut=["A", "C"]), options=["--repeat=2"])
-        self.assertEqual("4: A, A#2, B, B#2", self.total("records left"))
+        self.assertEqual(("4: A, A#2, B, B#2", "4"),
+                         (self.total("records left"), self.total("calls made")))
         self.play(*lines, head=header(cut=["X"]))
         self.assertEqual([], self.notes)
 
@@ -269,7 +271,11 @@ class BadInput(RecordedTest):
     def test_longest_recorded_line(self):
         long = recorded(1, call("updateSnapshotErrorInfo", text="A" * 2_000_000))
         self.play(long, END)
-        self.refuse(self.write(long), says="is longer than 1048576 bytes")
+        self.play(recorded(2, register("A" * 2_000_000)), recorded(3, register("B"), tid=2),
+                  answered(2, "enabled"), recorded(4, register("C"), tid=2), END,
+                  options=["--free"])
+        self.assertEqual("3: A", self.total("records left")[:4])
+        self.refuse(self.write('# "format"', long), says="is longer than 1048576 bytes")
         self.refuse_lines(" " * (1 << 26) + "{}", says="2: line: is longer than 67108864 bytes")
 
     def test_other_files(self):

@@ -8,9 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string_view>
-#include <utility>
 
 #include "RequestRecord.h"
 
@@ -87,7 +85,7 @@ void Line::putEscaped(std::string_view text) {
         }
         *out++ = character;
     }
-    mSize = static_cast<size_t>(out - mText.get());
+    mSize = static_cast<size_t>(out - mText.data());
 }
 
 void Line::putHex(std::string_view text) {
@@ -106,7 +104,7 @@ void Line::put(std::string_view text) {
         *out++ = '"';
         out = std::copy(text.begin(), text.end(), out);
         *out++ = '"';
-        mSize = static_cast<size_t>(out - mText.get());
+        mSize = static_cast<size_t>(out - mText.data());
     } else if (isUtf8(text)) {
         add('"');
         putEscaped(text);
@@ -240,17 +238,11 @@ void Line::putKey(int32_t key) {
 
 void Line::grow(size_t count) {
     constexpr size_t kLeast = 1024;
-    const size_t capacity = std::max({kLeast, 2 * mCapacity, mSize + count});
-    std::unique_ptr<char[]> text(new char[capacity]);
-    if (mSize > 0) {
-        std::memcpy(text.get(), mText.get(), mSize);
-    }
-    mText = std::move(text);
-    mCapacity = capacity;
+    mText.resize(std::max({kLeast, 2 * mText.size(), mSize + count}));
 }
 
 void Line::shrinkTo(size_t capacity) {
-    if (mCapacity > capacity) {
+    if (mText.size() > capacity) {
         *this = Line();
     }
 }

@@ -8,9 +8,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -81,7 +79,7 @@ class Line {
     void end() { add("}\n"); }
 
     // Valid until the line changes.
-    std::string_view text() const { return {mText.get(), mSize}; }
+    std::string_view text() const { return {mText.data(), mSize}; }
     size_t size() const { return mSize; }
 
     // Frees what a line of unusual length has left.
@@ -127,11 +125,11 @@ class Line {
         add(isObject ? '{' : '[');
         for (const auto& [key, value] : map) {
             addComma(isObject ? '{' : '[');
-            add(isObject ? std::string_view() : "[");
+            add(std::string_view(isObject ? "" : "["));
             putKey(key);
             add(isObject ? ':' : ',');
             put(value);
-            add(isObject ? std::string_view() : "]");
+            add(std::string_view(isObject ? "" : "]"));
         }
         add(isObject ? '}' : ']');
     }
@@ -145,20 +143,17 @@ class Line {
 
     // Room for so many characters more.
     char* room(size_t count) {
-        if (mCapacity - mSize < count) {
+        if (mText.size() - mSize < count) {
             grow(count);
         }
-        return mText.get() + mSize;
+        return mText.data() + mSize;
     }
     void grow(size_t count);
     void add(char character) {
         *room(1) = character;
         ++mSize;
     }
-    void add(std::string_view text) {
-        std::memcpy(room(text.size()), text.data(), text.size());
-        mSize += text.size();
-    }
+    void add(std::string_view text) { mSize += text.copy(room(text.size()), text.size()); }
     void addComma(char opening) {
         if (mText[mSize - 1] != opening) {
             add(',');
@@ -174,7 +169,7 @@ class Line {
         out = std::copy(name.begin(), name.end(), out);
         *out++ = '"';
         *out++ = ':';
-        mSize = static_cast<size_t>(out - mText.get());
+        mSize = static_cast<size_t>(out - mText.data());
     }
     void putKey(const std::string& key) { put(key); }
     void putKey(int32_t key);
@@ -185,9 +180,8 @@ class Line {
     static bool isName(int32_t /*key*/) { return true; }
     static bool isName(const std::string& key) { return isUtf8(key); }
 
-    std::unique_ptr<char[]> mText;
+    std::string mText;  // as long as there is room; what is used of it are the first characters
     size_t mSize = 0;
-    size_t mCapacity = 0;
 };
 
 }  // namespace recording

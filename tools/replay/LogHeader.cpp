@@ -10,8 +10,6 @@
 #include <system_error>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "FieldErrors.h"
 #include "FieldReader.h"
 #include "InputKind.h"

@@ -62,19 +62,26 @@ void NamedThreads::start(const std::string& key, Worker& worker) {
     }
 }
 
-// Ends the thread that has had nothing to do for the longest time, if any.
+// Ends the thread that has had nothing to do for the longest time, once there is one. There may
+// never be one if each of them is paused.
 void NamedThreads::endIdle() {
     auto idle = mWorkers.end();
     {
-        const std::lock_guard<std::mutex> lock(mMutex);
-        for (auto worker = mWorkers.begin(); worker != mWorkers.end(); ++worker) {
-            const Worker& candidate = worker->second;
-            const bool isIdle = candidate.thread.joinable() && candidate.tasks.empty() &&
-                                candidate.resting && !candidate.paused;
-            if (isIdle && (idle == mWorkers.end() || candidate.lastPost < idle->second.lastPost)) {
-                idle = worker;
+        std::unique_lock<std::mutex> lock(mMutex);
+        bool someRun = false;
+        mRest.wait(lock, [&] {
+            someRun = false;
+            for (auto worker = mWorkers.begin(); worker != mWorkers.end(); ++worker) {
+                const Worker& candidate = worker->second;
+                const bool rests = candidate.resting && candidate.tasks.empty();
+                someRun = someRun || (candidate.thread.joinable() && !rests);
+                if (rests && !candidate.paused &&
+                    (idle == mWorkers.end() || candidate.lastPost < idle->second.lastPost)) {
+                    idle = worker;
+                }
             }
-        }
+            return idle != mWorkers.end() || !someRun;
+        });
         if (idle == mWorkers.end()) {
             return;
         }

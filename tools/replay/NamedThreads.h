@@ -17,7 +17,7 @@ namespace replay {
 
 // Runs each task on the thread of its key, in order within that thread. What waits is limited
 // for all threads together. A task may pause; what is posted to its thread meanwhile runs within
-// it. Of more than 64 threads, those that have nothing to do are ended.
+// it. Beyond 64 threads, one is started once one with nothing to do has been ended.
 //
 // Thread safety: one thread, and none of these, calls everything here but `pause`.
 class NamedThreads {
