@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <future>
+#include <ratio>
 #include <string>
 #include <thread>
 

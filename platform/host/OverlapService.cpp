@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,7 +60,7 @@ class RecordingService final : public ServiceBase {
         std::lock_guard<std::mutex> lock(mMutex);
         mCalls.push_back(std::move(call));
         if (mFile.is_open()) {
-            mFile << line << std::endl;
+            mFile << line << '\n' << std::flush;
         }
     }
 

@@ -52,7 +52,9 @@ TEST(Playback, TellsThreadsTheRecordedMomentAndKeepsTheGaps) {
     replay::StepReader reader(log, options.header);
     replay::Progress noProgress(false, 0);
     const auto facts = replay::checkLog(reader, options, noProgress);
-    ASSERT_TRUE(facts.has_value());
+    if (!facts) {
+        FAIL();
+    }
     replay::Playback(reader, *facts, options, setAnswers, [](const auto&, const auto& call) {
         call();
     }).play(noProgress);
