@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include <android/log.h>
 #include <zudebug/Log.h>
@@ -66,12 +65,12 @@ void logLine(benchmark::State& state, bool open) {
 
 // What a recorded call cannot do without: to add a line of that length to a file.
 void bareWrite(benchmark::State& state) {
-    const std::string line(static_cast<size_t>(state.range(0)), 'x');
+    const char line[256] = {};
     const char* const path = std::getenv("INFOSYNC_BENCH_FILE");
     const int file = open(path != nullptr ? path : "",
                           O_CREAT | O_TRUNC | O_APPEND | O_WRONLY | O_CLOEXEC, 0600);
     for (auto _ : state) {
-        if (write(file, line.data(), line.size()) != state.range(0)) {
+        if (write(file, line, static_cast<size_t>(state.range(0))) != state.range(0)) {
             state.SkipWithError("INFOSYNC_BENCH_FILE names no file that can be written");
         }
     }

@@ -8,14 +8,11 @@
 // drawn into the model's record and given to the library from there (Trial::update).
 
 #include <android/log.h>
-#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -26,6 +23,7 @@
 #include "Check.h"
 #include "InfoSynchronizerManager.h"
 #include "RecordModel.h"
+#include "Recording.h"
 #include "Source.h"
 
 namespace fuzz {
@@ -52,23 +50,6 @@ class Service final : public doubles::CallService {
         }
     }
 };
-
-namespace {
-
-// What the recorder has written since the last time.
-std::string takeRecording() {
-    static const int file = [] {
-        const std::filesystem::directory_iterator folder(std::getenv("INFOSYNC_RECORD"));
-        return open(folder->path().c_str(), O_RDWR | O_CLOEXEC);
-    }();
-    FUZZ_CHECK(file >= 0);
-    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
-    FUZZ_CHECK(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
-    FUZZ_CHECK(ftruncate(file, 0) == 0);  // the recorder appends
-    return text;
-}
-
-}  // namespace
 
 // One input: what it does, and what must come of it.
 class Trial {

@@ -28,15 +28,7 @@
 #include "InfoSynchronizerManager.h"
 #include "Service.h"
 
-using camInfosync::INFO_SYNC_TYPE_CMD;
-using camInfosync::INFO_SYNC_TYPE_COLLECT;
-using camInfosync::INFO_SYNC_TYPE_COLLECT_ALT;
-using camInfosync::InfoSynchronizer;
-using camInfosync::InfoSynchronizerManager;
-using camInfosync::InfoSyncType;
-using camInfosync::RequestRecord;
-using camInfosync::RequestType;
-using camInfosync::SnapshotInfo;
+using namespace camInfosync;  // NOLINT(google-build-using-namespace)
 using Text = std::string;
 
 namespace {
