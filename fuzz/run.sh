@@ -28,7 +28,7 @@ if ! { cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Re
     exit 1
 fi
 
-# The library's target reads back what the recorder writes; it empties the file all the time.
+# The library's target reads back what the recorder writes.
 export INFOSYNC_RECORD=$PWD/$build/recorded INFOSYNC_RECORD_LIMIT=$((1 << 60))
 for target in library capture_log; do
     found=$build/found-$target
