@@ -1,0 +1,43 @@
+#include "Capture.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+namespace view {
+
+bool Stage::isInstant() const {
+    const bool isConstant = (number == 7 || number == 11) && ms == 0;
+    return number != 0 && number != 6 && !isConstant && ms >= 0;
+}
+
+bool Capture::hasFailed() const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding& finding) { return meansFailure(finding.kind); });
+}
+
+std::optional<double> Capture::duration() const {
+    constexpr double kNanosecondsPerMs = 1e6;
+    if (!registered || !flushed) {
+        return std::nullopt;
+    }
+    return (static_cast<double>(*flushed) - static_cast<double>(*registered)) / kNanosecondsPerMs;
+}
+
+const Node* Capture::slowestNode() const {
+    const Node* slowest = nullptr;
+    for (const Node& node : nodes) {
+        if (node.duration() && (slowest == nullptr || *node.duration() > *slowest->duration())) {
+            slowest = &node;
+        }
+    }
+    return slowest;
+}
+
+const Value* Capture::find(const char* value) const {
+    const auto position = std::find_if(values.begin(), values.end(),
+                                       [&](const Value& each) { return each.name == value; });
+    return position != values.end() ? &*position : nullptr;
+}
+
+}  // namespace view

@@ -1,0 +1,55 @@
+// A capture's times, laid out for drawing.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Capture.h"
+#include "Finding.h"
+
+namespace view {
+
+// Nanoseconds since the beginning of the time line.
+struct Span {
+    int64_t begin;
+    int64_t end;  // not before `begin`
+    std::string name;
+    bool hasFailed = false;
+};
+
+// Its spans are in order and do not overlap; they may touch and be empty.
+struct Lane {
+    enum class Kind { kCapture, kStages, kNode, kThread };
+
+    Kind kind;
+    std::string name;  // the node's or the thread's
+    int32_t tid = 0;   // of a thread
+    std::vector<Span> spans;
+};
+
+struct Mark {
+    int64_t at;
+    std::string name;
+    bool isFailure = false;
+};
+
+struct TimeLine {
+    Time start;  // on the session's clock; absent if only the nodes have times
+    int64_t length = 0;
+    std::vector<Lane> lanes;  // the capture, the stages, nodes by start, threads by first call
+    std::vector<Mark> marks;  // errors and flushes, by time
+    // Nodes' times are no times of the session's clock: the first node begins with the time line.
+    bool nodesStandApart = false;
+};
+
+// Nothing if neither the source nor a node has told a time.
+//
+// A stage is a span from the stage before it in time, and a call an empty span. A node whose second
+// time says that it timed out and one without a completion are empty spans at their start. Times
+// that are not finite, or that lie more than a day from the capture's, are left out.
+std::optional<TimeLine> timeLineOf(const Capture& capture);
+
+}  // namespace view

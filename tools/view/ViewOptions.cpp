@@ -1,0 +1,28 @@
+#include "ViewOptions.h"
+
+#include <string>
+
+#include <CLI/App.hpp>
+#include <CLI/CLI.hpp>  // IWYU pragma: keep, the definitions that App.hpp leaves out
+#include <CLI/Validators.hpp>
+
+namespace view {
+
+void addViewOptions(CLI::App& app, ViewOptions& options) {
+    app.add_flag("--summary", options.summary, "Show a line for each capture");
+    app.add_flag("--failed", options.failed, "Show the full report on captures that have failed");
+    app.add_option("--sort", options.sort, "What the summary's lines are sorted by")
+            ->check(CLI::IsMember({"time", "findings"}))
+            ->type_name("KEY");
+    app.add_option("--trace", options.trace, "Write a trace for trace viewers to FILE")
+            ->type_name("FILE");
+    app.add_option("--html", options.html, "Write a page to look at to FILE")->type_name("FILE");
+    app.add_option_function<std::string>(
+               "--fail-on",
+               [&options](const std::string& what) { options.failOnFindings = what == "findings"; },
+               "Exit with status 3 if a capture has failed or a call had no effect")
+            ->check(CLI::IsMember({"findings"}))
+            ->type_name("findings");
+}
+
+}  // namespace view

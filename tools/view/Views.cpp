@@ -1,0 +1,39 @@
+#include "Views.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "Capture.h"
+#include "Finding.h"
+#include "View.h"
+#include "ViewOptions.h"
+
+namespace view {
+namespace {
+
+bool haveTrouble(const std::vector<Finding>& findings) {
+    return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return meansFailure(finding.kind) || meansNoEffect(finding.kind);
+    });
+}
+
+}  // namespace
+
+Views::Views(const ViewOptions& /*options*/, std::FILE* /*terminal*/) {}
+
+void Views::add(const Capture& capture, const Session& session) {
+    mHasFindings = mHasFindings || haveTrouble(capture.findings);
+    for (const auto& view : mViews) {
+        view->add(capture, session);
+    }
+}
+
+void Views::finish(const Session& session) {
+    mHasFindings = mHasFindings || haveTrouble(session.findings);
+    for (const auto& view : mViews) {
+        view->finish(session);
+    }
+}
+
+}  // namespace view
