@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 #include "Capture.h"
 #include "Finding.h"
+#include "Trace.h"
 #include "View.h"
 #include "ViewOptions.h"
 
@@ -20,7 +22,11 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 
 }  // namespace
 
-Views::Views(const ViewOptions& /*options*/, std::FILE* /*terminal*/) {}
+Views::Views(const ViewOptions& options, std::FILE* /*terminal*/) {
+    if (!options.trace.empty()) {
+        mViews.push_back(std::make_unique<Trace>(options.trace));
+    }
+}
 
 void Views::add(const Capture& capture, const Session& session) {
     mHasFindings = mHasFindings || haveTrouble(capture.findings);
