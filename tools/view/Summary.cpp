@@ -34,7 +34,7 @@ std::vector<Columns::Column> columnsOfRows() {
             {"nodes", kRight, kNever, 0},
             {"slowest", kLeft, Columns::Cut::kMiddle, 7},
             {"ms", kRight, kNever, 0},
-            {"findings", kLeft, Columns::Cut::kEnd, 16}};
+            {"findings", kLeft, Columns::Cut::kEnd, 13}};
 }
 
 std::string listed(const std::optional<std::vector<uint32_t>>& cameras) {
