@@ -8,13 +8,17 @@
 #include <string>
 #include <string_view>
 
-#include "Printable.h"
+#include "TerminalText.h"
 
 namespace view {
 
 std::string jsonText(std::string_view text) {
+    return jsonOfSafe(safe(text));
+}
+
+std::string jsonOfSafe(std::string_view text) {
     std::string out = "\"";
-    for (const char character : replay::printable(text)) {
+    for (const char character : text) {
         switch (character) {
             case '"':
             case '\\':

@@ -13,6 +13,9 @@ namespace view {
 // can be read, as on the terminal.
 std::string jsonText(std::string_view text);
 
+// The same of a text that has been made safe to show.
+std::string jsonOfSafe(std::string_view text);
+
 // As a number with all its digits; what is not finite as "inf", "-inf" or "nan".
 std::string jsonNumber(double value);
 

@@ -1,20 +1,16 @@
 #include "Trace.h"
 
-#include <ctime>
-
-#include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
-#include <optional>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "Capture.h"
 #include "Finding.h"
+#include "FindingText.h"
 #include "JsonText.h"
+#include "MomentText.h"
 #include "NewFile.h"
+#include "TerminalText.h"
 #include "TimeLine.h"
 #include "TraceEvents.h"
 #include "View.h"
@@ -23,13 +19,6 @@ namespace view {
 namespace {
 
 using Origin = TraceEvents::Clock;
-
-std::string placeText(const Place& place, const Session& session) {
-    if (place.line == 0 || place.source >= session.sources.size()) {
-        return "";
-    }
-    return session.sources[place.source] + ':' + std::to_string(place.line);
-}
 
 // "name":"value", for objects.
 std::string field(const char* name, const std::string& value) {
@@ -52,7 +41,7 @@ std::string findingsOf(const Capture& capture, const Session& session) {
     std::string findings;
     for (const Finding& finding : capture.findings) {
         const std::string place = placeText(finding.place, session);
-        append(findings, jsonText(place.empty() ? finding.text : place + ": " + finding.text));
+        append(findings, jsonOfSafe((place.empty() ? "" : place + ": ") + safe(finding.text)));
     }
     return '[' + findings + ']';
 }
@@ -110,7 +99,7 @@ std::string category(const char* name, bool hasFailed) {
 
 std::string argumentsOf(const Span& span, const Session& session) {
     const std::string place = placeText(span.place, session);
-    return place.empty() ? "" : field("place", jsonText(place));
+    return place.empty() ? "" : field("place", jsonOfSafe(place));
 }
 
 // Writes a capture's events.
@@ -173,12 +162,13 @@ void Process::write(const Lane& lane, const std::string& captureArguments) {
 
 void Process::write(const Mark& mark) {
     const std::string place = placeText(mark.place, mSession);
-    mEvents.add(mClock, mStart + mark.at,
-                field("ph", "\"i\"") + ids() + ',' + field("s", "\"t\"") + ',' +
-                        field("name", jsonText(mark.name)) + ',' +
-                        category(mark.isFailure ? "error" : "flush", mark.isFailure) + ',' +
-                        field("args",
-                              place.empty() ? "{}" : '{' + field("place", jsonText(place)) + '}'));
+    mEvents.add(
+            mClock, mStart + mark.at,
+            field("ph", "\"i\"") + ids() + ',' + field("s", "\"t\"") + ',' +
+                    field("name", jsonText(mark.name)) + ',' +
+                    category(mark.isFailure ? "error" : "flush", mark.isFailure) + ',' +
+                    field("args",
+                          place.empty() ? "{}" : '{' + field("place", jsonOfSafe(place)) + '}'));
 }
 
 void Process::write(const Capture& capture, const TimeLine& line) {
@@ -198,21 +188,6 @@ void Process::write(const Capture& capture, const TimeLine& line) {
     }
 }
 
-std::string utcText(int64_t nanoseconds) {
-    constexpr int64_t kSecond = 1'000'000'000;
-    const int64_t rest = (nanoseconds % kSecond + kSecond) % kSecond;
-    const std::time_t seconds = (nanoseconds - rest) / kSecond;
-    std::tm parts = {};
-    char text[64];
-    if (gmtime_r(&seconds, &parts) == nullptr ||
-        std::strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%S", &parts) == 0) {
-        return "";
-    }
-    char fraction[16];
-    std::snprintf(fraction, sizeof(fraction), ".%06dZ", static_cast<int>(rest / 1000));
-    return std::string(text) + fraction;
-}
-
 const char* nameOf(Clock clock) {
     switch (clock) {
         case Clock::kNone:
@@ -225,25 +200,12 @@ const char* nameOf(Clock clock) {
     return "\"none\"";
 }
 
-std::optional<int64_t> realTime(int64_t time, const Session& session) {
-    if (session.clock == Clock::kReal) {
-        return time;
-    }
-    int64_t real = 0;
-    if (!session.toReal || __builtin_add_overflow(time, *session.toReal, &real)) {
-        return std::nullopt;
-    }
-    return real;
-}
-
 // Whole numbers past 2^53 stand as texts.
 std::string metadata(const Session& session, int64_t start, uint64_t withoutTimes) {
     std::string data = field("clock", nameOf(session.clock));
     if (start != std::numeric_limits<int64_t>::max()) {
         append(data, field("start_ns", '"' + std::to_string(start) + '"'));
-        if (const auto real = realTime(start, session)) {
-            append(data, field("start_utc", '"' + utcText(*real) + '"'));
-        }
+        append(data, field("begins", jsonOfSafe(momentText(start, session))));
     }
     std::string sources;
     for (const std::string& source : session.sources) {

@@ -7,6 +7,8 @@
 
 #include "Capture.h"
 #include "Finding.h"
+#include "TerminalStyle.h"
+#include "TerminalView.h"
 #include "Trace.h"
 #include "View.h"
 #include "ViewOptions.h"
@@ -22,7 +24,10 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 
 }  // namespace
 
-Views::Views(const ViewOptions& options, std::FILE* /*terminal*/) {
+Views::Views(const ViewOptions& options, std::FILE* terminal) {
+    if (terminal != nullptr && !options.quiet) {
+        mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
+    }
     if (!options.trace.empty()) {
         mViews.push_back(std::make_unique<Trace>(options.trace));
     }
