@@ -88,14 +88,14 @@ std::string algorithmsText(const Capture& capture) {
     return sectionLine("algorithms", joined(names));
 }
 
-std::string stagesText(const Capture& capture, const Session& session) {
+std::string stagesText(const Capture& capture) {
     if (capture.stages && capture.stages->empty()) {
         return sectionLine("stages", "none");
     }
     Section section("stages");
     for (const Stage& stage : capture.stages.value_or(std::vector<Stage>())) {
-        const bool hasTime = stage.number != 0 && session.clock != Clock::kNone;
-        section.add(safe(stage.name), hasTime ? std::to_string(stage.ms) + " ms" : "");
+        const std::string time = stage.isKnown ? std::to_string(stage.ms) + " ms" : kNotKnown;
+        section.add(safe(stage.name), stage.number == 0 ? "" : time);
     }
     return section.text();
 }
@@ -155,7 +155,7 @@ std::string captureReport(const Capture& capture, const Session& session,
                        valuesText(capture, Value::Group::kRequest, "request") +
                        valuesText(capture, Value::Group::kUserInterface, "user interface") +
                        valuesText(capture, Value::Group::kAutomatics, "3A") +
-                       algorithmsText(capture) + stagesText(capture, session) +
+                       algorithmsText(capture) + stagesText(capture) +
                        nodesText(capture, style) + resultsText(capture);
     if (timeLine) {
         text += "  time line\n" + timeLineText(*timeLine, style);
