@@ -131,6 +131,15 @@ TEST(CaptureReport, SaysWhatIsEmpty) {
     }
 }
 
+TEST(CaptureReport, LetsNoLongNamePushValuesAside) {
+    Capture capture = sampleCapture(1, "IMG_1");
+    capture.values = {{Value::Group::kRequest, "short", "1", true},
+                      {Value::Group::kRequest, std::string(41, 'n'), "2", true}};
+    EXPECT_NE(std::string::npos,
+              captureReport(capture, Session(), std::nullopt, kStyle)
+                      .find("    short  1\n    " + std::string(41, 'n') + "  2\n"));
+}
+
 TEST(CaptureReport, DrawsTheTimeLineAndColoursFailures) {
     const Capture capture = nightShot();
     TimeLine timeLine;

@@ -75,6 +75,9 @@ TEST(Summary, SortsByTheSlowestNodeWhereNothingElseIsKnown) {
 
 TEST(Summary, CountsFindingsWhereWordsDoNotFit) {
     std::vector<Capture> captures = samples();
+    captures[0].name = "A_NAME_OF_TWENTYONE_2";
+    EXPECT_NE(std::string::npos,
+              summaryOf(captures, "", {80, false, false}).find("  A_NAME_OF_TWENTYONE_2  "));
     captures[0].name = "A_LONG_NAME_WITH_ITS_NUMBER_AT_THE_END_0000000000000000000000000000000012";
     for (size_t width = 20; width < 100; ++width) {
         std::istringstream lines(summaryOf(captures, "", {width, false, false}));

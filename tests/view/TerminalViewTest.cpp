@@ -18,7 +18,8 @@
 namespace view {
 namespace {
 
-// What is shown of that many captures, the last of which comes first; the seventh has failed.
+// What is shown of that many captures, the last of which comes first; the seventh, or the
+// only one, has failed.
 std::string shown(uint64_t captures, const ViewOptions& options = {}) {
     return writtenBy([&](std::FILE* file) {
         TerminalView terminal(options, file, {80, false, false});
@@ -26,7 +27,7 @@ std::string shown(uint64_t captures, const ViewOptions& options = {}) {
         session.sources = {"log"};
         for (uint64_t number = captures; number > 0; --number) {
             Capture capture = sampleCapture(number, "IMG_" + std::to_string(number));
-            if (number == 7) {
+            if (number == 7 || captures == 1) {
                 capture.findings = {sampleFinding(FindingKind::kNodeError, "mfnr failed", 70)};
                 capture.isRemoved = false;
             }
@@ -61,6 +62,7 @@ TEST(TerminalView, SaysWhatWentWrongBeforeAnythingElse) {
                                 "  log:70  IMG_7  mfnr failed\n"
                                 "\n"
                                 "captures\n"));
+    EXPECT_EQ(1u, count(shown(1), "mfnr failed"));
 }
 
 TEST(TerminalView, ShowsUpTo20CapturesInFull) {
