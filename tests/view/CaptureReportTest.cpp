@@ -143,7 +143,7 @@ TEST(CaptureReport, LetsNoLongNamePushValuesAside) {
 TEST(CaptureReport, DrawsTheTimeLineAndColoursFailures) {
     const Capture capture = nightShot();
     TimeLine timeLine;
-    timeLine.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 0, "", false}}}};
+    timeLine.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 0, "", false, {}}}}};
     const std::string text = captureReport(capture, sampleSession(), timeLine, {80, false, true});
     EXPECT_NE(std::string::npos, text.find("  time line\n"));
     EXPECT_NE(std::string::npos, text.find("    capture  |"));

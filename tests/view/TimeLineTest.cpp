@@ -153,10 +153,11 @@ TEST(TimeLine, LetsNodesOfAnotherClockBeginWithIt) {
     EXPECT_EQ(line->length, 200 * kMs);
 
     capture = Capture();
-    capture.nodes = {node("alone", 0, 30.0)};
+    capture.nodes = {node("alone", 40, 70.0)};
     line = timeLineOf(capture);
     EXPECT_TRUE(line->nodesStandApart);
     EXPECT_FALSE(line->start);
+    EXPECT_EQ(line->nodesStart, 40 * kMs);
     EXPECT_EQ(show(line, Lane::Kind::kNode), Texts{"0-30 alone"});
 }
 

@@ -19,15 +19,15 @@ constexpr int64_t kMs = 1'000'000;
 TimeLine sample() {
     TimeLine line;
     line.length = 100 * kMs;
-    line.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 90 * kMs, "", false}}},
+    line.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 90 * kMs, "", false, {}}}},
                   {Lane::Kind::kStages,
                    "",
                    0,
-                   {{0, 20 * kMs, "", false}, {20 * kMs, 40 * kMs, "", false}}},
-                  {Lane::Kind::kNode, "fusion", 0, {{50 * kMs, 80 * kMs, "", true}}},
-                  {Lane::Kind::kNode, "tone", 0, {{80 * kMs, 80 * kMs, "", false}}},
-                  {Lane::Kind::kThread, "", 12, {{100 * kMs, 100 * kMs, "", false}}}};
-    line.marks = {{50 * kMs, "", true}, {90 * kMs, "", false}};
+                   {{0, 20 * kMs, "", false, {}}, {20 * kMs, 40 * kMs, "", false, {}}}},
+                  {Lane::Kind::kNode, "fusion", 0, {{50 * kMs, 80 * kMs, "", true, {}}}},
+                  {Lane::Kind::kNode, "tone", 0, {{80 * kMs, 80 * kMs, "", false, {}}}},
+                  {Lane::Kind::kThread, "", 12, {{100 * kMs, 100 * kMs, "", false, {}}}}};
+    line.marks = {{50 * kMs, "", true, {}}, {90 * kMs, "", false, {}}};
     return line;
 }
 
@@ -71,7 +71,7 @@ TEST(TimeLineText, IsNeverWiderThanTheTerminal) {
 
 TEST(TimeLineText, DrawsAMomentToo) {
     TimeLine line;
-    line.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 0, "", false}}}};
+    line.lanes = {{Lane::Kind::kCapture, "", 0, {{0, 0, "", false, {}}}}};
     EXPECT_EQ(
             "             0                      0 ms\n"
             "    capture  |\n",

@@ -121,7 +121,7 @@ class Layout {
     std::optional<Span> spanOf(const Node& node) const;
     void addThreads();
     void addMarks();
-    void addMark(Time at, const std::string& name, bool isFailure);
+    void addMark(Time at, const std::string& name, bool isFailure, const Place& place);
     void moveToStart();
 
     const Capture& mCapture;
@@ -151,10 +151,13 @@ void Layout::addCapture() {
     }
     const int64_t flushed = usable(mCapture.flushed).value_or(mSeen.end);
     Lane lane{Lane::Kind::kCapture, mCapture.name, 0, {}};
-    lane.spans.push_back({mSeen.begin, flushed, mCapture.isFlushed ? "to the flush" : "not flushed",
-                          mCapture.hasFailed()});
+    lane.spans.push_back({mSeen.begin,
+                          flushed,
+                          mCapture.isFlushed ? "to the flush" : "not flushed",
+                          mCapture.hasFailed(),
+                          {}});
     if (flushed < mSeen.end) {
-        lane.spans.push_back({flushed, mSeen.end, "after the flush", false});
+        lane.spans.push_back({flushed, mSeen.end, "after the flush", false, {}});
     }
     addLane(std::move(lane));
 }
@@ -177,7 +180,7 @@ void Layout::addStages() {
     Lane lane{Lane::Kind::kStages, "stages", 0, {}};
     for (const auto& [time, stage] : instants) {
         const int64_t begin = lane.spans.empty() ? *registered : lane.spans.back().end;
-        lane.spans.push_back({begin, time, stage->name, false});
+        lane.spans.push_back({begin, time, stage->name, false, {}});
     }
     addLane(std::move(lane));
 }
@@ -213,7 +216,7 @@ std::optional<Span> Layout::spanOf(const Node& node) const {
     }
     const int64_t begin = start ? *start : *completion;
     const int64_t end = std::max(begin, completion.value_or(begin));
-    return Span{begin, end, node.name, hasFailed(mCapture, node)};
+    return Span{begin, end, node.name, hasFailed(mCapture, node), node.place};
 }
 
 void Layout::addNodes() {
@@ -232,6 +235,9 @@ void Layout::addNodes() {
     // Where the clock is another, the first node begins where the time line will.
     const int64_t origin = mSeen.isEmpty() ? 0 : mSeen.begin;
     const int64_t first = spans.empty() ? 0 : spans.front().begin;
+    if (mLine.nodesStandApart) {
+        mLine.nodesStart = first;
+    }
     for (Span& span : spans) {
         if (mLine.nodesStandApart) {
             span.begin = span.begin - first + origin;
@@ -255,7 +261,7 @@ void Layout::addThreads() {
             lane = lanes.insert(lane, {Lane::Kind::kThread, call.thread, call.tid, {}});
         }
         lane->name = lane->name.empty() ? call.thread : lane->name;
-        lane->spans.push_back({*call.at, *call.at, call.operation, !call.hadEffect});
+        lane->spans.push_back({*call.at, *call.at, call.operation, !call.hadEffect, call.place});
     }
     const auto isEarlier = [](const Span& one, const Span& other) {
         return one.begin < other.begin;
@@ -271,22 +277,22 @@ void Layout::addThreads() {
     }
 }
 
-void Layout::addMark(Time at, const std::string& name, bool isFailure) {
+void Layout::addMark(Time at, const std::string& name, bool isFailure, const Place& place) {
     if (usable(at)) {
-        mLine.marks.push_back({*at, name, isFailure});
+        mLine.marks.push_back({*at, name, isFailure, place});
     }
 }
 
 void Layout::addMarks() {
-    addMark(mCapture.flushed, "flush", false);
+    addMark(mCapture.flushed, "flush", false, {});
     for (const Report& report : mCapture.reports) {
         if (report.at != mCapture.flushed) {
-            addMark(report.at, "flush", false);
+            addMark(report.at, "flush", false, report.place);
         }
     }
     for (const Finding& finding : mCapture.findings) {
         if (meansFailure(finding.kind)) {
-            addMark(finding.at, finding.text, true);
+            addMark(finding.at, finding.text, true, finding.place);
         }
     }
     std::stable_sort(mLine.marks.begin(), mLine.marks.end(),

@@ -18,6 +18,7 @@ struct Span {
     int64_t end;  // not before `begin`
     std::string name;
     bool hasFailed = false;
+    Place place;  // where it was told, of nodes and calls
 };
 
 // Its spans are in order and do not overlap; they may touch and be empty.
@@ -34,6 +35,7 @@ struct Mark {
     int64_t at;
     std::string name;
     bool isFailure = false;
+    Place place;
 };
 
 struct TimeLine {
@@ -43,6 +45,7 @@ struct TimeLine {
     std::vector<Mark> marks;  // failures and flushes, by time
     // Nodes' times are no times of the session's clock: the first node begins with the time line.
     bool nodesStandApart = false;
+    Time nodesStart;  // of those that stand apart: the first one's start, on the nodes' clock
 };
 
 // Nothing if neither the source nor a node has told a time. A lane without a span is left out.

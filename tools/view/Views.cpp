@@ -9,6 +9,7 @@
 #include "Finding.h"
 #include "TerminalStyle.h"
 #include "TerminalView.h"
+#include "Trace.h"
 #include "View.h"
 #include "ViewOptions.h"
 
@@ -26,6 +27,9 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 Views::Views(const ViewOptions& options, std::FILE* terminal) {
     if (terminal != nullptr && !options.quiet) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
+    }
+    if (!options.trace.empty()) {
+        mViews.push_back(std::make_unique<Trace>(options.trace));
     }
 }
 
