@@ -1,16 +1,20 @@
 #include "TerminalView.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "Capture.h"
 #include "Finding.h"
+#include "MadeCaptures.h"
 #include "Sample.h"
 #include "TerminalStyle.h"
+#include "TerminalText.h"
 #include "View.h"
 #include "ViewOptions.h"
 #include "Views.h"
@@ -106,6 +110,27 @@ TEST(TerminalView, EndsWithTheTotals) {
                     "  service calls    not known\n"
                     "  records left     1: IMG_7\n"
                     "  failed captures  1: IMG_7 (1 failure)\n"));
+}
+
+TEST(TerminalView, LetsNoTextControlTheTerminal) {
+    ViewOptions options;
+    options.failed = true;
+    const Session session = madeSession(true);
+    const std::string text = writtenBy([&](std::FILE* file) {
+        TerminalView terminal(options, file, {80, true, false});
+        for (uint64_t number = 1; number <= 200; ++number) {
+            terminal.add(hostileCapture(number), session);
+        }
+        terminal.finish(session);
+    });
+    EXPECT_TRUE(has(text, "window.broken=1"));
+    const auto isControl = [](char byte) { return (byte >= 0 && byte < ' ' && byte != '\n'); };
+    EXPECT_TRUE(std::none_of(text.begin(), text.end(), isControl));
+    EXPECT_EQ(std::string::npos, text.find("\u202E"));
+    std::istringstream table(text.substr(text.find("\ncaptures\n") + 1));
+    for (std::string line; std::getline(table, line) && !line.empty();) {
+        EXPECT_GE(80u, columnsOf(line)) << line;
+    }
 }
 
 TEST(Views, ShowNothingIfQuietAndStillKnowWhetherThereAreFindings) {

@@ -21,13 +21,9 @@
 namespace view {
 namespace {
 
-std::string orNoName(const std::string& name) {
-    return name.empty() ? "(no name)" : safe(name);
-}
-
 std::string headText(const Capture& capture, const TerminalStyle& style) {
     const std::string head =
-            "capture " + std::to_string(capture.number) + ": " + orNoName(capture.name);
+            "capture " + std::to_string(capture.number) + ": " + safeName(capture.name);
     return inColour(head, capture.hasFailed() ? Colour::kRed : Colour::kBold, style) +
            (capture.process.empty() ? "" : ", process " + safe(capture.process)) + '\n';
 }
@@ -103,7 +99,7 @@ std::string stagesText(const Capture& capture) {
 Columns::Cells cellsOf(const Node& node) {
     const std::optional<double> duration = node.duration();
     const std::string state = node.state.empty() ? kNotKnown : safe(node.state);
-    return {orNoName(node.name),
+    return {safeName(node.name),
             number(node.start),
             node.isTimedOut() ? "timed out" : number(node.second),
             number(node.completion),
@@ -155,8 +151,8 @@ std::string captureReport(const Capture& capture, const Session& session,
                        valuesText(capture, Value::Group::kRequest, "request") +
                        valuesText(capture, Value::Group::kUserInterface, "user interface") +
                        valuesText(capture, Value::Group::kAutomatics, "3A") +
-                       algorithmsText(capture) + stagesText(capture) +
-                       nodesText(capture, style) + resultsText(capture);
+                       algorithmsText(capture) + stagesText(capture) + nodesText(capture, style) +
+                       resultsText(capture);
     if (timeLine) {
         text += "  time line\n" + timeLineText(*timeLine, style);
     }

@@ -111,6 +111,10 @@ std::string safe(std::string_view text) {
     return out;
 }
 
+std::string safeName(std::string_view name) {
+    return name.empty() ? "(no name)" : safe(name);
+}
+
 size_t columnsOf(std::string_view text) {
     size_t columns = 0;
     for (size_t position = 0; position < text.size();) {
