@@ -109,7 +109,7 @@ void WorstFindings::add(const Capture& capture, const Session& session) {
             mEntries.erase(std::prev(mEntries.end()));
         }
         entry.place = placeText(finding.place, session);
-        entry.name = withoutMiddle(safe(capture.name), kLongestName, style);
+        entry.name = withoutMiddle(safeName(capture.name), kLongestName, style);
         entry.text = withoutEnd(safe(finding.text), kLongestText, style);
         mEntries.insert(std::move(entry));
     }

@@ -37,7 +37,7 @@ std::string numberOf(std::optional<uint64_t> count) {
 void SessionTotals::Names::add(const std::string& name, const std::string& more) {
     ++count;
     if (first.size() < kMostNames) {
-        first.push_back(withoutMiddle(safe(name), kLongestName, TerminalStyle()) + more);
+        first.push_back(withoutMiddle(safeName(name), kLongestName, TerminalStyle()) + more);
     }
 }
 

@@ -78,7 +78,7 @@ double orLeast(std::optional<double> value) {
 
 void Summary::add(const Capture& capture) {
     const auto kept = [&](const std::string& text) {
-        return withoutMiddle(safe(text.empty() ? "(no name)" : text), kLongestName, mStyle);
+        return withoutMiddle(safeName(text), kLongestName, mStyle);
     };
     const Node* slowest = capture.slowestNode();
     Row row{capture.number,

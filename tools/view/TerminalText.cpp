@@ -77,14 +77,11 @@ size_t bytesOfStart(std::string_view text, size_t width) {
     return position;
 }
 
-// Where the rest begins that fits into that many columns, with no mark of a character before it.
+// Where the rest begins that fits into that many columns.
 size_t beginOfEnd(std::string_view text, size_t width) {
     const size_t all = columnsOf(text);
     size_t position = bytesOfStart(text, all - std::min(all, width));
-    while (position < text.size() && columnsOf(text.substr(position)) > width) {
-        position += characterAt(text, position).bytes;
-    }
-    while (position < text.size() && columnsOfCharacter(characterAt(text, position).code) == 0) {
+    if (columnsOf(text.substr(position)) > width) {  // it would begin within a wide character
         position += characterAt(text, position).bytes;
     }
     return position;
@@ -112,6 +109,10 @@ std::string safe(std::string_view text) {
         position += character.bytes;
     }
     return out;
+}
+
+std::string safeName(std::string_view name) {
+    return name.empty() ? "(no name)" : safe(name);
 }
 
 size_t columnsOf(std::string_view text) {

@@ -19,6 +19,9 @@ inline constexpr char kNotKnown[] = "not known";
 // as \u{202e}. All functions below want texts that are safe.
 std::string safe(std::string_view text);
 
+// The same for a name, which may be empty: "(no name)".
+std::string safeName(std::string_view name);
+
 // The columns that it takes.
 size_t columnsOf(std::string_view text);
 
