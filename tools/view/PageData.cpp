@@ -1,7 +1,8 @@
 #include "PageData.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -32,6 +33,11 @@ const char* flag(bool value) {
 
 std::string numberOrNull(std::optional<double> value) {
     return value ? jsonNumber(*value) : "null";
+}
+
+// Whole microseconds, which a script can hold exactly.
+std::string microsecondsOf(int64_t nanoseconds) {
+    return std::to_string(nanoseconds / 1000 - (nanoseconds % 1000 < 0 ? 1 : 0));
 }
 
 std::string placeOf(const Place& place) {
@@ -69,15 +75,13 @@ class CaptureObject {
     std::string mObject;
 };
 
-// Null if it is not known or too far away to be drawn.
+// Null if it is not known.
 std::string CaptureObject::time(Time time) const {
     int64_t since = 0;
-    constexpr int64_t kLongest = int64_t{1} << 53;
-    if (!time || !mLine || !mLine->start || __builtin_sub_overflow(*time, *mLine->start, &since) ||
-        since > kLongest || since < -kLongest) {
+    if (!time || !mLine || !mLine->start || __builtin_sub_overflow(*time, *mLine->start, &since)) {
         return "null";
     }
-    return std::to_string(since);
+    return microsecondsOf(since);
 }
 
 std::string CaptureObject::event(bool hasHappened, Time at) const {
@@ -101,7 +105,7 @@ void CaptureObject::addFacts() {
 // The name is left out where the lane's says the same.
 std::string CaptureObject::lane(const Lane& lane) {
     const auto span = [&](const Span& each) {
-        return '[' + std::to_string(each.begin) + ',' + std::to_string(each.end) + ',' +
+        return '[' + microsecondsOf(each.begin) + ',' + microsecondsOf(each.end) + ',' +
                flag(each.hasFailed) + (each.name == lane.name ? "" : ',' + mNames.json(each.name)) +
                ']';
     };
@@ -116,11 +120,11 @@ void CaptureObject::addTimeLine() {
         return;
     }
     const int64_t start = mLine->start ? *mLine->start : mLine->nodesStart.value_or(0);
-    add(mLine->start ? "start" : "nodesStart", std::to_string(start / 1000));
+    add(mLine->start ? "start" : "nodesStart", microsecondsOf(start));
     if (mLine->nodesStandApart && mLine->start) {
         add("nodesStandApart", "true");
     }
-    add("length", std::to_string(mLine->length));
+    add("length", microsecondsOf(mLine->length));
     std::string lanes;
     for (const Lane& each : mLine->lanes) {
         if (each.kind != Lane::Kind::kThread) {
@@ -129,7 +133,7 @@ void CaptureObject::addTimeLine() {
     }
     add("lanes", '[' + lanes + ']');
     add("marks", arrayOf(mLine->marks, [&](const Mark& mark) {
-            return '[' + std::to_string(mark.at) + ',' + mNames.json(mark.name) + ',' +
+            return '[' + microsecondsOf(mark.at) + ',' + mNames.json(mark.name) + ',' +
                    flag(mark.isFailure) + ']';
         }));
 }
@@ -187,11 +191,22 @@ void CaptureObject::addReports() {
 }
 
 void CaptureObject::addCalls() {
+    std::map<std::pair<std::string, int32_t>, size_t> threads;
+    std::string list;
+    const auto thread = [&](const Call& call) {
+        const auto [place, isNew] =
+                threads.emplace(std::pair(call.thread, call.tid), threads.size());
+        if (isNew) {
+            list += (list.empty() ? "[" : ",[") + mNames.json(call.thread) + ',' +
+                    std::to_string(call.tid) + ']';
+        }
+        return std::to_string(place->second);
+    };
     add("calls", arrayOf(mCapture.calls, [&](const Call& call) {
-            return '[' + mNames.json(call.operation) + ',' + mNames.json(call.thread) + ',' +
-                   std::to_string(call.tid) + ',' + time(call.at) + ',' + placeOf(call.place) +
-                   (call.hadEffect ? "" : ",0") + ']';
+            return '[' + mNames.json(call.operation) + ',' + thread(call) + ',' + time(call.at) +
+                   ',' + placeOf(call.place) + (call.hadEffect ? "" : ",0") + ']';
         }));
+    add("threads", '[' + list + ']');
 }
 
 std::string findingOf(const Finding& finding, const std::string& at) {
@@ -231,10 +246,9 @@ std::string pageSession(const Session& session) {
         switches += (switches.empty() ? "" : ",") + std::string("[") + jsonText(name) + ',' +
                     jsonText(state) + ']';
     }
-    // Microseconds, which a script can hold exactly.
     const std::string toReal = session.clock == Clock::kReal ? "0"
-                               : session.toReal ? std::to_string(*session.toReal / 1000)
-                                                : "null";
+                               : session.toReal              ? microsecondsOf(*session.toReal)
+                                                             : "null";
     return "{\"sources\":" + arrayOf(session.sources, text) + ",\"toReal\":" + toReal +
            ",\"switches\":[" + switches + "],\"findings\":" +
            arrayOf(session.findings, [](const Finding& each) { return findingOf(each, "null"); }) +

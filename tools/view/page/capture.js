@@ -14,8 +14,8 @@ function toldText(time) {
   return time === null ? NOT_KNOWN : String(time);
 }
 
-function momentText(ns) {
-  return ns === null ? NOT_KNOWN : timeText(ns, 1e6);
+function momentText(time) {
+  return time === null ? NOT_KNOWN : timeText(time, 1e3);
 }
 
 function findingList(findings) {
@@ -99,12 +99,12 @@ class CaptureView {
     this.parts.push(chart);
   }
 
-  add(parent, caption, columns, rows, isKnown) {
+  add(parent, caption, columns, rows, isKnown, isWide) {
     if (rows.length === 0) {
       parent.append(element("p", {class: "faint"}, `${caption}: ${isKnown ? "none" : NOT_KNOWN}.`));
       return;
     }
-    const holder = element("div");
+    const holder = element("div", {class: isWide ? "wide" : ""});
     parent.append(holder);
     const table = new Table(holder, columns, {caption});
     this.parts.push(table);
@@ -125,7 +125,7 @@ class CaptureView {
       text("State", row => row.state || NOT_KNOWN),
       text("Listed", row => row.isListed ? "yes" : "no"),
       place,
-    ], capture.nodes, true);
+    ], capture.nodes, true, true);
     this.add(parent, "Stages", [
       number("Stage", row => row.number),
       text("Name", row => row.name),
@@ -143,13 +143,13 @@ class CaptureView {
       number("Events", row => row.events),
       text("Closing", row => row.closing === null ? NOT_KNOWN : row.closing.join(", ")),
       place,
-    ], capture.reports, true);
+    ], capture.reports, true, true);
     this.add(parent, "Calls", [
       text("At", row => momentText(row.at)),
       text("Call", row => row.operation),
       text("Thread", row => row.tid === 0 ? row.thread : `${row.thread} (${row.tid})`),
       text("Effect", row => row.hadEffect ? "" : "none", () => "no-effect"),
       place,
-    ], capture.calls, false);
+    ], capture.calls, false, true);
   }
 }

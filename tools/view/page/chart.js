@@ -5,12 +5,12 @@
 
 const LABEL_WIDTH = 150;
 const AXIS_HEIGHT = 22;
-const SHORTEST_VIEW = 1000; // nanoseconds
+const SHORTEST_VIEW = 10; // microseconds
 
-// Nanoseconds with the unit that fits `step`.
-function timeText(ns, step) {
-  const unit = step >= 1e9 ? [1e9, "s"] : step >= 1e6 ? [1e6, "ms"] : step >= 1e3 ? [1e3, "µs"] : [1, "ns"];
-  return `${d3.format(",.12~g")(ns / unit[0])} ${unit[1]}`;
+// Microseconds with the unit that fits `step`.
+function timeText(time, step) {
+  const [size, unit] = step >= 1e6 ? [1e6, "s"] : step >= 1e3 ? [1e3, "ms"] : [1, "µs"];
+  return `${d3.format(",.12~g")(time / size)} ${unit}`;
 }
 
 // The first span of a row that ends at or after `time`. Spans of a row do not overlap.
@@ -173,7 +173,8 @@ class Chart {
       const width = Math.max(Math.min(x(span.end), this.width + 2) - begin, span.end > span.begin ? 1 : 2);
       const isDim = this.options.isDim !== undefined && this.options.isDim(span);
       context.fillStyle = colour(isDim ? "hidden" : span.failed ? "failed" : span.kind);
-      context.fillRect(begin, top + (height > 6 ? 2 : 0), width, height > 6 ? height - 4 : Math.max(height - 0.5, 1));
+      const gap = height > 6 ? 2 : 0;
+      context.fillRect(begin, top + gap, width, gap > 0 ? height - 2 * gap : Math.max(height - 0.5, 1));
       if (span === this.current) {
         context.strokeStyle = colour("focus");
         context.lineWidth = 2;
@@ -245,8 +246,8 @@ class Chart {
 
   spanText(span) {
     const length = span.end - span.begin;
-    return `${shortText(span.name, 200)}: at ${timeText(span.begin, 1e6)}` +
-      `${length > 0 ? `, ${timeText(length, 1e6)}` : ""}${span.failed ? ", failed" : ""}`;
+    return `${shortText(span.name, 200)}: at ${timeText(span.begin, 1e3)}` +
+      `${length > 0 ? `, ${timeText(length, 1e3)}` : ""}${span.failed ? ", failed" : ""}`;
   }
 
   pick(span) {

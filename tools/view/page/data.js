@@ -29,7 +29,7 @@ class Capture {
     this.isOnSessionClock = raw.start !== undefined;
     this.start = this.isOnSessionClock ? raw.start : raw.nodesStart;
     this.hasTimes = this.start !== undefined;
-    this.begin = null; // nanoseconds since the beginning of the overview
+    this.begin = null; // microseconds since the beginning of the overview
   }
 
   text(value) {
@@ -79,8 +79,9 @@ class Capture {
   }
 
   get calls() {
-    return this.raw.calls.map(([operation, thread, tid, at, place, effect]) => ({
-      operation: this.text(operation), thread: this.text(thread), tid, at,
+    const threads = this.raw.threads.map(([name, tid]) => ({thread: this.text(name), tid}));
+    return this.raw.calls.map(([operation, thread, at, place, effect]) => ({
+      ...threads[thread], operation: this.text(operation), at,
       place: this.session.placeText(place), hadEffect: effect !== 0,
     }));
   }
@@ -150,7 +151,7 @@ class Session {
     this.findings = raw.findings.map(finding => this.finding(finding));
     this.captures = data.captures.map(capture => new Capture(capture, this));
     this.captures.sort((one, other) => one.number - other.number);
-    this.length = 0; // nanoseconds, of all captures
+    this.length = 0; // microseconds, of all captures
     this.layOut();
   }
 
@@ -163,7 +164,7 @@ class Session {
       origin[key] = Math.min(start, key in origin ? origin[key] : start);
     }
     for (const capture of timed) {
-      capture.begin = (capture.start - origin[String(capture.isOnSessionClock)]) * 1000;
+      capture.begin = capture.start - origin[String(capture.isOnSessionClock)];
       this.length = Math.max(this.length, capture.begin + capture.raw.length);
     }
     this.origin = "true" in origin ? origin.true : null;

@@ -45,6 +45,7 @@ class Page {
     this.addOverview();
     this.addTable();
     byId("filters").addEventListener("input", () => this.filter());
+    byId("filters").addEventListener("change", () => this.filter());
     byId("filters").addEventListener("submit", event => event.preventDefault());
     byId("filters").addEventListener("reset", () => setTimeout(() => this.filter()));
     this.filter();

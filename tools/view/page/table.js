@@ -34,7 +34,10 @@ class Table {
     this.rows = [];
     this.current = 0;
     this.chosen = null;
-    this.body = element("tbody");
+    this.drawn = new Map(); // rows of the page, by index
+    this.above = this.space();
+    this.below = this.space();
+    this.body = element("tbody", {}, [this.above, this.below]);
     this.heads = columns.map(column => this.head(column));
     this.table = element("table", {}, [
       element("caption", {}, options.caption),
@@ -86,6 +89,10 @@ class Table {
   }
 
   show(rows) {
+    for (const row of this.drawn.values()) {
+      row.remove();
+    }
+    this.drawn.clear();
     this.rows = rows;
     this.current = Math.max(0, rows.indexOf(this.chosen));
     this.table.setAttribute("aria-rowcount", String(rows.length + 1));
@@ -112,32 +119,43 @@ class Table {
     this.drawRows(first, last);
   }
 
+  // Leaves the rows that stay as they are: one may have the focus or be under a pressed button.
   drawRows(first, last) {
     const hadFocus = this.body.contains(document.activeElement);
-    const rows = [];
-    for (let index = first; index < last; ++index) {
-      rows.push(this.row(this.rows[index], index));
+    for (const [index, row] of this.drawn) {
+      if (index < first || index >= last) {
+        row.remove();
+        this.drawn.delete(index);
+      }
     }
-    this.body.replaceChildren(this.space(first), ...rows, this.space(this.rows.length - last));
-    if (hadFocus) {
-      const button = this.buttonOf(this.current);
-      (button || this.scroll).focus({preventScroll: true});
+    let next = this.below;
+    for (let index = last - 1; index >= first; --index) {
+      if (!this.drawn.has(index)) {
+        this.drawn.set(index, this.row(this.rows[index], index));
+        this.body.insertBefore(this.drawn.get(index), next);
+      }
+      next = this.drawn.get(index);
+      next.className = this.rows[index] === this.chosen ? "chosen" : "";
+    }
+    this.resizeSpace(this.above, first);
+    this.resizeSpace(this.below, this.rows.length - last);
+    if (hadFocus && !this.body.contains(document.activeElement)) {
+      this.scroll.focus({preventScroll: true});
     }
   }
 
-  space(rows) {
-    const cell = element("td", {colspan: String(this.columns.length)});
-    cell.style.height = `${rows * ROW_HEIGHT}px`;
-    const row = element("tr", {class: "space", "aria-hidden": "true"}, [cell]);
+  space() {
+    return element("tr", {class: "space", "aria-hidden": "true"},
+      [element("td", {colspan: String(this.columns.length)})]);
+  }
+
+  resizeSpace(row, rows) {
+    row.firstChild.style.height = `${rows * ROW_HEIGHT}px`;
     row.hidden = rows === 0;
-    return row;
   }
 
   row(data, index) {
     const row = element("tr", {"aria-rowindex": String(index + 2)});
-    if (data === this.chosen) {
-      row.className = "chosen";
-    }
     for (const column of this.columns) {
       const cell = element("td");
       const text = shortText(String(column.text(data)), 200);
