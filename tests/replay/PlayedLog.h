@@ -2,9 +2,12 @@
 
 #pragma once
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -13,10 +16,12 @@
 #include <gtest/gtest.h>
 
 #include "Capture.h"
+#include "CaptureObserver.h"
 #include "Finding.h"
 #include "InfoSynchronizerManager.h"
 #include "LogCheck.h"
 #include "ObservedPlayback.h"
+#include "OverlapService.h"
 #include "Progress.h"
 #include "ReplayOptions.h"
 #include "StepReader.h"
@@ -114,8 +119,17 @@ inline std::string lineOf(const std::string& text) {
     return call(known->operation, text.substr(image, fields - image), given);
 }
 
+// Shows the service's calls to `also` after the observer.
+inline void showTo(const WatchCall& also) {
+    auto* const service = dlopen(kOverlapServicePath, RTLD_NOW | RTLD_NOLOAD);
+    reinterpret_cast<SetWatch*>(dlsym(service, kSetWatch))([also](ServiceCall& call) {
+        replay::CaptureObserver::watch(call);
+        also(call);
+    });
+}
+
 // Plays a log in a library that holds nothing.
-inline Shown play(const Lines& lines, ReplayOptions options = {}) {
+inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCall& also = {}) {
     auto& queue = *camInfosync::InfoSynchronizerManager::getInstance().mRequestRecordQueue;
     queue.records.clear();
     queue.errorImageNames.clear();
@@ -135,6 +149,9 @@ inline Shown play(const Lines& lines, ReplayOptions options = {}) {
     Keeper keeper(shown);
     if (facts) {
         replay::ObservedPlayback playback(reader, *facts, options, nullptr, &keeper);
+        if (also) {
+            showTo(also);
+        }
         playback.play(noProgress);
         playback.finish();
     } else {
