@@ -84,7 +84,8 @@ ObservedPlayback::ObservedPlayback(StepReader& reader, const LogFacts& facts,
         return;
     }
     const CaptureObserver::Settings settings{options.records, facts.calls == facts.callsWithTime,
-                                             options.header.moreCut != 0, mSetWatch != nullptr};
+                                             options.header.moreCut != 0,
+                                             hasService() && mSetWatch == nullptr};
     mObserver.emplace(*view, sessionOf(facts, options, answer), settings);
     if (mSetWatch != nullptr) {
         mSetWatch(CaptureObserver::watch);
