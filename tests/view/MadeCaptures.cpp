@@ -41,6 +41,8 @@ class Dice {
 };
 
 void addCall(Capture& capture, const char* operation, const char* thread, int32_t tid, int64_t at) {
+    // No real clock stands at whole milliseconds.
+    at += static_cast<int64_t>(at / kMs * 7919 % kMs);
     const Place place{0, capture.number * 34 + capture.calls.size() - 33};
     capture.calls.push_back({operation, thread, tid, at, place, true});
 }
@@ -54,9 +56,9 @@ void addNodes(Capture& capture, int64_t start) {
                 i % 2 == 0 ? 4711 : 4712, begin + ms * kMs);
         Node node;
         node.name = kNodes[i];
-        node.start = static_cast<double>(begin) / kMs + 0.5;
-        node.second = *node.start + 1.25;
-        node.completion = *node.start + static_cast<double>(ms) + 0.25;
+        node.start = static_cast<double>(begin / 1000) / 1000 + 0.512;
+        node.second = *node.start + 1.253;
+        node.completion = *node.start + static_cast<double>(ms) + 0.217;
         node.state = "OK";
         node.isListed = true;
         node.place = capture.calls.back().place;
