@@ -184,7 +184,7 @@ class LeftOut(RecordedTest):
         self.play(*lines, head=header(cut=["A", "C"], cutMore=1))
         self.assertEqual([note + "; 1 more such image played without them"], self.notes)
         self.play(*lines, head=header(cut=["A", "C"]), options=["--repeat=2"])
-        self.assertEqual(("4: A, A#2, B, B#2", "4"),
+        self.assertEqual(("4: B, A, B#2, A#2", "4"),
                          (self.total("records left"), self.total("calls made")))
         self.play(*lines, head=header(cut=["X"]))
         self.assertEqual([], self.notes)
@@ -274,7 +274,7 @@ class BadInput(RecordedTest):
         self.play(recorded(2, register("A" * 2_000_000)), recorded(3, register("B"), tid=2),
                   answered(2, "enabled"), recorded(4, register("C"), tid=2), END,
                   options=["--free"])
-        self.assertEqual("3: A", self.total("records left")[:4])
+        self.assertRegex(self.total("records left"), "^3: (.*, )?A{19}[.]{2}A{39}(,|$)")
         self.refuse(self.write('# "format"', long), says="is longer than 1048576 bytes")
         self.refuse_lines(" " * (1 << 26) + "{}", says="2: line: is longer than 67108864 bytes")
 

@@ -70,7 +70,8 @@ std::vector<view::Finding> SessionFindings::take() {
                  reasonOf(which, off.answer) + "; " + calls + " had no effect; " + remedyOf(which),
                  {},
                  off.first.place,
-                 off.first.at},
+                 off.first.at,
+                 off.calls},
                 {});
     }
     mSwitchedOff.clear();

@@ -210,6 +210,7 @@ int run(int argc, char** argv) {
     CLI::App app("Plays a capture log through the library and shows what the service received.",
                  "infosync-replay");
     Settings settings;
+    settings.replay.view.notesAreTold = true;
     addOptions(app, settings);
     try {
         app.parse(argc, argv);

@@ -21,13 +21,9 @@
 namespace view {
 namespace {
 
-std::string orNoName(const std::string& name) {
-    return name.empty() ? "(no name)" : safe(name);
-}
-
 std::string headText(const Capture& capture, const TerminalStyle& style) {
     const std::string head =
-            "capture " + std::to_string(capture.number) + ": " + orNoName(capture.name);
+            "capture " + std::to_string(capture.number) + ": " + safeName(capture.name);
     return inColour(head, capture.hasFailed() ? Colour::kRed : Colour::kBold, style) +
            (capture.process.empty() ? "" : ", process " + safe(capture.process)) + '\n';
 }
@@ -88,27 +84,25 @@ std::string algorithmsText(const Capture& capture) {
     return sectionLine("algorithms", joined(names));
 }
 
-std::string stagesText(const Capture& capture, const Session& session) {
+std::string stagesText(const Capture& capture) {
     if (capture.stages && capture.stages->empty()) {
         return sectionLine("stages", "none");
     }
     Section section("stages");
     for (const Stage& stage : capture.stages.value_or(std::vector<Stage>())) {
-        const bool hasTime = stage.number != 0 && session.clock != Clock::kNone;
-        section.add(safe(stage.name), hasTime ? std::to_string(stage.ms) + " ms" : "");
+        const std::string time = stage.isKnown ? std::to_string(stage.ms) + " ms" : kNotKnown;
+        section.add(safe(stage.name), stage.number == 0 ? "" : time);
     }
     return section.text();
 }
 
 Columns::Cells cellsOf(const Node& node) {
-    const std::optional<double> duration = node.duration();
-    const std::string state = node.state.empty() ? kNotKnown : safe(node.state);
-    return {orNoName(node.name),
+    return {safeName(node.name),
             number(node.start),
             node.isTimedOut() ? "timed out" : number(node.second),
             number(node.completion),
-            milliseconds(duration),
-            node.hasRun() ? state : state + ", has not run"};
+            node.hasRun() ? milliseconds(node.duration()) : "not run",
+            node.state.empty() ? kNotKnown : safe(node.state)};
 }
 
 std::string nodesText(const Capture& capture, const TerminalStyle& style) {
@@ -155,8 +149,8 @@ std::string captureReport(const Capture& capture, const Session& session,
                        valuesText(capture, Value::Group::kRequest, "request") +
                        valuesText(capture, Value::Group::kUserInterface, "user interface") +
                        valuesText(capture, Value::Group::kAutomatics, "3A") +
-                       algorithmsText(capture) + stagesText(capture, session) +
-                       nodesText(capture, style) + resultsText(capture);
+                       algorithmsText(capture) + stagesText(capture) + nodesText(capture, style) +
+                       resultsText(capture);
     if (timeLine) {
         text += "  time line\n" + timeLineText(*timeLine, style);
     }

@@ -69,8 +69,11 @@ std::string placeText(const Place& place, const Session& session) {
     if (place.line == 0) {
         return "";
     }
-    const std::string source =
-            place.source < session.sources.size() ? safe(session.sources[place.source]) : "?";
+    if (place.source >= session.sources.size()) {
+        return "?:" + std::to_string(place.line);
+    }
+    const std::string& name = session.sources[place.source];
+    const std::string source = name == "-" ? "standard input" : safe(name);
     return source + ':' + std::to_string(place.line);
 }
 
@@ -109,7 +112,7 @@ void WorstFindings::add(const Capture& capture, const Session& session) {
             mEntries.erase(std::prev(mEntries.end()));
         }
         entry.place = placeText(finding.place, session);
-        entry.name = withoutMiddle(safe(capture.name), kLongestName, style);
+        entry.name = withoutMiddle(safeName(capture.name), kLongestName, style);
         entry.text = withoutEnd(safe(finding.text), kLongestText, style);
         mEntries.insert(std::move(entry));
     }

@@ -77,14 +77,11 @@ size_t bytesOfStart(std::string_view text, size_t width) {
     return position;
 }
 
-// Where the rest begins that fits into that many columns, with no mark of a character before it.
+// Where the rest begins that fits into that many columns.
 size_t beginOfEnd(std::string_view text, size_t width) {
     const size_t all = columnsOf(text);
     size_t position = bytesOfStart(text, all - std::min(all, width));
-    while (position < text.size() && columnsOf(text.substr(position)) > width) {
-        position += characterAt(text, position).bytes;
-    }
-    while (position < text.size() && columnsOfCharacter(characterAt(text, position).code) == 0) {
+    if (columnsOf(text.substr(position)) > width) {  // it would begin within a wide character
         position += characterAt(text, position).bytes;
     }
     return position;
@@ -92,6 +89,15 @@ size_t beginOfEnd(std::string_view text, size_t width) {
 
 std::string dots(size_t width, const TerminalStyle& style) {
     return style.utf8 ? "\u2026" : std::string(std::min<size_t>(width, 2), '.');
+}
+
+// The number without zeros at its end that say nothing.
+std::string withoutZeros(std::string number) {
+    if (number.find('.') != std::string::npos) {
+        number.erase(number.find_last_not_of('0') + 1);
+        number.erase(number.find_last_not_of('.') + 1);
+    }
+    return number == "-0" ? "0" : number;
 }
 
 }  // namespace
@@ -112,6 +118,10 @@ std::string safe(std::string_view text) {
         position += character.bytes;
     }
     return out;
+}
+
+std::string safeName(std::string_view name) {
+    return name.empty() ? "(no name)" : safe(name);
 }
 
 size_t columnsOf(std::string_view text) {
@@ -176,12 +186,7 @@ std::string milliseconds(double ms) {
     char digits[40];
     const int decimals = size < 9.995 ? 2 : size < 99.95 ? 1 : 0;
     std::snprintf(digits, sizeof(digits), "%.*f", decimals, ms);
-    std::string text = digits;
-    if (decimals != 0) {
-        text.erase(text.find_last_not_of('0') + 1);
-        text.erase(text.find_last_not_of('.') + 1);
-    }
-    return text == "-0" ? "0" : text;
+    return withoutZeros(digits);
 }
 
 std::string milliseconds(std::optional<double> ms) {
@@ -189,9 +194,13 @@ std::string milliseconds(std::optional<double> ms) {
 }
 
 std::string number(double value) {
-    char text[40];
-    std::snprintf(text, sizeof(text), "%.15g", value);
-    return text;
+    char digits[40];
+    if (std::abs(value) < 1e12) {
+        std::snprintf(digits, sizeof(digits), "%.3f", value);
+        return withoutZeros(digits);
+    }
+    std::snprintf(digits, sizeof(digits), "%.15g", value);
+    return digits;
 }
 
 std::string number(std::optional<double> value) {

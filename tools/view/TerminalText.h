@@ -19,6 +19,9 @@ inline constexpr char kNotKnown[] = "not known";
 // as \u{202e}. All functions below want texts that are safe.
 std::string safe(std::string_view text);
 
+// The same for a name, which may be empty: "(no name)".
+std::string safeName(std::string_view name);
+
 // The columns that it takes.
 size_t columnsOf(std::string_view text);
 
@@ -35,7 +38,7 @@ std::string inColour(const std::string& text, Colour colour, const TerminalStyle
 std::string milliseconds(double ms);
 std::string milliseconds(std::optional<double> ms);
 
-// With all its digits, as it was given.
+// As it was given, to three decimals.
 std::string number(double value);
 std::string number(std::optional<double> value);
 

@@ -51,7 +51,7 @@ std::string labelOf(const Lane& lane) {
         case Lane::Kind::kStages:
             return "stages";
         case Lane::Kind::kNode:
-            return lane.name.empty() ? "(no name)" : safe(lane.name);
+            return safeName(lane.name);
         case Lane::Kind::kThread:
             break;
     }

@@ -97,8 +97,8 @@ std::string category(const char* name, bool hasFailed) {
     return field("cat", std::string(1, '"') + name + (hasFailed ? ",failed\"" : "\""));
 }
 
-std::string argumentsOf(const Span& span, const Session& session) {
-    const std::string place = placeText(span.place, session);
+std::string argumentsOf(const Place& where, const Session& session) {
+    const std::string place = placeText(where, session);
     return place.empty() ? "" : field("place", jsonOfSafe(place));
 }
 
@@ -109,7 +109,7 @@ class Process {
         : mEvents(events),
           mLastId(lastId),
           mSession(session),
-          mClock(line.start ? Origin::kSession : Origin::kNodes),
+          mOrigin(line.start ? Origin::kSession : Origin::kNodes),
           mStart(line.start ? *line.start : line.nodesStart.value_or(0)) {}
 
     void write(const Capture& capture, const TimeLine& line);
@@ -132,7 +132,7 @@ class Process {
     TraceEvents& mEvents;
     uint32_t& mLastId;
     const Session& mSession;
-    Origin mClock;
+    Origin mOrigin;
     int64_t mStart;
     uint32_t mProcess = 0;
     uint32_t mThreads = 0;
@@ -149,9 +149,11 @@ void Process::beginThread(const std::string& title) {
 void Process::write(const Lane& lane, const std::string& captureArguments) {
     beginThread(titleOf(lane));
     for (const Span& span : lane.spans) {
-        const std::string arguments =
-                lane.kind == Lane::Kind::kCapture ? captureArguments : argumentsOf(span, mSession);
-        mEvents.add(mClock, mStart + span.begin,
+        const bool isFirst = &span == &lane.spans.front();
+        const std::string arguments = lane.kind == Lane::Kind::kCapture && isFirst
+                                              ? captureArguments
+                                              : argumentsOf(span.place, mSession);
+        mEvents.add(mOrigin, mStart + span.begin,
                     field("ph", "\"X\"") + ids() + ',' +
                             field("dur", microseconds(span.end - span.begin)) + ',' +
                             field("name", jsonText(span.name)) + ',' +
@@ -161,14 +163,11 @@ void Process::write(const Lane& lane, const std::string& captureArguments) {
 }
 
 void Process::write(const Mark& mark) {
-    const std::string place = placeText(mark.place, mSession);
-    mEvents.add(
-            mClock, mStart + mark.at,
-            field("ph", "\"i\"") + ids() + ',' + field("s", "\"t\"") + ',' +
-                    field("name", jsonText(mark.name)) + ',' +
-                    category(mark.isFailure ? "error" : "flush", mark.isFailure) + ',' +
-                    field("args",
-                          place.empty() ? "{}" : '{' + field("place", jsonOfSafe(place)) + '}'));
+    mEvents.add(mOrigin, mStart + mark.at,
+                field("ph", "\"i\"") + ids() + ',' + field("s", "\"t\"") + ',' +
+                        field("name", jsonText(mark.name)) + ',' +
+                        category(mark.isFailure ? "error" : "flush", mark.isFailure) + ',' +
+                        field("args", '{' + argumentsOf(mark.place, mSession) + '}'));
 }
 
 void Process::write(const Capture& capture, const TimeLine& line) {
