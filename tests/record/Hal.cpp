@@ -253,6 +253,40 @@ void turns() {
     }
 }
 
+// Calls that are asked about in one part, and answered in the next.
+void parts() {
+    const auto fill = [] {
+        for (int i = 0; i < 9; ++i) {
+            other().updateSnapshotErrorInfo("filler", Text(4000, 'x').c_str());
+        }
+    };
+    Text answer = "enabled";
+    bool isLong = false;
+    service().answer = [&] {
+        if (std::exchange(isLong, false)) {
+            std::thread(fill).join();
+        }
+        return answer;
+    };
+    manager().registerSnapshotRequestRecord("kept");
+    auto* const proxy = std::exchange(InfoSynchronizer::mIntentAwareImpl,
+                                      static_cast<IntentAwareSys*>(service().object));
+    manager().registerSnapshotRequestRecord("nobody saw the answer");
+    InfoSynchronizer::mIntentAwareImpl = proxy;
+    answer = "disabled";
+    manager().registerSnapshotRequestRecord("without a record");
+    answer = "enabled";
+    isLong = true;
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    isLong = true;
+    manager().unregisterSnapshotRequestRecord("kept");
+    manager().registerSnapshotRequestRecord("B");
+    manager().updateFrameInfo("B", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
+}
+
 // More than a file can hold: a text, and names that are still registered.
 void many() {
     manager().registerSnapshotRequestRecord("A");
@@ -369,6 +403,7 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
                                               {"nested", nested},
                                               {"load", load},
                                               {"turns", turns},
+                                              {"parts", parts},
                                               {"tenCalls", tenCalls},
                                               {"forked", forked},
                                               {"memory", memory},

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Call.h"
 #include "InfoSynchronizerManager.h"
 #include "Line.h"
 #include "Lines.h"
@@ -73,7 +74,7 @@ class Operation {
         if (isOff()) {
             return (manager.*mReal.function())(std::move(first), std::move(others)...);
         }
-        Frame frame;
+        RecordedFrame frame;
         if (isRecording()) {
             const auto write = [&](Line& line) { writeArguments(line, mNames, first, others...); };
             noteCall(frame, &manager, {mName, mKind, imageOf(first)}, std::cref(write));
@@ -245,13 +246,17 @@ void Manager::request(InfoSyncType type, const void* in, void** out) {
     if (recording::isOff()) {
         return (this->*recording::request.function())(type, in, out);
     }
-    recording::Frame frame;
+    recording::RecordedFrame frame;
     if (recording::isRecording()) {
         const auto write = [&](recording::Line& line) {
             recording::writeRequest(line, type, in, out);
         };
-        recording::noteCall(frame, this, {"request", recording::Call::Kind::kRequest, nullptr},
-                            std::cref(write));
+        const bool asks = type == INFO_SYNC_TYPE_CMD && in != nullptr && out != nullptr;
+        recording::noteCall(
+                frame, this,
+                {"request",
+                 asks ? recording::Call::Kind::kCommand : recording::Call::Kind::kRequest, nullptr},
+                std::cref(write));
     }
     (this->*recording::request.function())(type, in, out);
 }

@@ -30,8 +30,9 @@ class Frame {
     // Lets go of what is held, and returns it; or null.
     std::mutex* release();
 
-    uint64_t call = 0;   // its number; 0 while it has no line
-    uint64_t lines = 0;  // that had been written when its own was
+    uint64_t call = 0;    // its number; 0 while it has no line
+    uint64_t lines = 0;   // that had been written when its own was
+    bool isOpen = false;  // the service is still to answer the call
 
   private:
     Frame* const mOuter;

@@ -182,12 +182,18 @@ void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments
         }
         return;
     }
-    if (call.kind != Call::Kind::kRequest) {
+    if (!call.isRequest()) {
         frame.hold(isUpdate && call.isOther ? otherOrder.value : order.value);
     }
     addToRecording([&](Recording& open) { open.noteCall(frame, call, writeArguments); });
     if (isOff()) {
         frame.release();
+    }
+}
+
+RecordedFrame::~RecordedFrame() {
+    if (isOpen && isRecording()) {
+        addToRecording([&](Recording& open) { open.noteReturn(*this); });
     }
 }
 

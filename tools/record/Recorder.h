@@ -37,6 +37,15 @@ bool isRecording();
 extern std::atomic<const void*> gManager;       // of getInstance()
 extern std::atomic<const void*> gOtherManager;  // of GetInstance()
 
+// A frame that leaves no call open.
+class RecordedFrame : public Frame {
+  public:
+    RecordedFrame() = default;
+    ~RecordedFrame();
+    RecordedFrame(const RecordedFrame&) = delete;
+    RecordedFrame& operator=(const RecordedFrame&) = delete;
+};
+
 // Makes the frame hold the call's order, and writes the call's line. Does not throw: whatever goes
 // wrong ends the recording, with one warning. Updates of a manager that is its caller's own are
 // left out, with one warning for all.
