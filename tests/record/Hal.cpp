@@ -177,6 +177,22 @@ void held() {
     _exit(0);
 }
 
+// A service that waits, within a report, for calls that have no effect, and so need not wait for
+// it.
+void stuck() {
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    service().report = [] {
+        std::thread([] {
+            for (int i = 0; i < 100; ++i) {
+                manager().updateVndResultInfo("A", 1, -1);
+            }
+        }).join();
+    };
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    manager().updateAnchorFrame("A", 2);
+}
+
 // A service that works with the library while it is asked, changes its mind, and throws.
 void nested() {
     int questions = 0;
@@ -401,6 +417,7 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
     const std::map<Text, void (*)()> deeds = {{"everything", everything},
                                               {"order", order},
                                               {"nested", nested},
+                                              {"stuck", stuck},
                                               {"load", load},
                                               {"turns", turns},
                                               {"parts", parts},

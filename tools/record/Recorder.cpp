@@ -41,8 +41,8 @@ union NeverDestroyed {
     Value value;
 };
 
-RECORDING_CONSTINIT NeverDestroyed<std::mutex> order;  // of the getInstance() manager's records
-RECORDING_CONSTINIT NeverDestroyed<std::mutex> otherOrder;  // of the GetInstance() manager's
+RECORDING_CONSTINIT NeverDestroyed<Order> order;       // of the getInstance() manager's records
+RECORDING_CONSTINIT NeverDestroyed<Order> otherOrder;  // of the GetInstance() manager's
 
 // The write mutex guards what follows. It is taken last: nothing but the C library is called while
 // it is held, and nothing is logged.
@@ -187,7 +187,7 @@ void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments
     }
     addToRecording([&](Recording& open) { open.noteCall(frame, call, writeArguments); });
     if (isOff()) {
-        frame.release();
+        frame.letGo();
     }
 }
 
@@ -197,7 +197,8 @@ RecordedFrame::~RecordedFrame() {
     }
 }
 
-Question::Question(Frame& frame, const std::string& key) : mFrame(frame), mOrder(frame.release()) {
+Question::Question(Frame& frame, const std::string& key) : mFrame(frame) {
+    mFrame.letGo();
     if (key.size() <= sizeof(mShortKey)) {
         mKey = {mShortKey, key.copy(mShortKey, sizeof(mShortKey))};
         return;
@@ -225,9 +226,7 @@ void Question::goOn(const std::string* answer) {
     if (!isRecording()) {
         return;  // perhaps forked: then nobody is left who lets go of a mutex
     }
-    if (mOrder != nullptr) {
-        mFrame.hold(*mOrder);
-    }
+    mFrame.holdAgain();
     addToRecording([&](Recording& open) { open.noteAnswer(mFrame, mKey, answer); });
 }
 

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -66,7 +65,6 @@ class Question {
     void goOn(const std::string* answer);
 
     Frame& mFrame;
-    std::mutex* const mOrder;
     char mShortKey[1024];  // needs no memory
     std::string mLongKey;
     std::string_view mKey;

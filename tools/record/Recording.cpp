@@ -29,6 +29,7 @@ Recording::Recording(const Settings& settings, const Header& header)
 void Recording::noteCall(Frame& frame, const Call& call, const WriteArguments& writeArguments) {
     const Moment moment = Moment::now(mScratch);
     beginCall(mLine, mCalls + 1, moment, call.isOther, call.name);
+    noteOrder(frame);
     const size_t headSize = mLine.size();
     writeArguments(mLine);
     mLine.end();
@@ -46,6 +47,12 @@ void Recording::noteCall(Frame& frame, const Call& call, const WriteArguments& w
         frame.isOpen = true;
     } else if (call.image != nullptr) {
         takeEffect(call.kind, *call.image, {});
+    }
+}
+
+void Recording::noteOrder(const Frame& frame) {
+    if (!frame.isOrdered()) {
+        mLine.field("unordered", true);
     }
 }
 
@@ -95,6 +102,7 @@ void Recording::noteReturn(Frame& frame) {
 void Recording::writeAnswer(const Frame& frame, std::string_view key, const std::string* answer) {
     const Moment moment = Moment::now(mScratch);
     beginAnswer(mLine, frame.call, moment, key);
+    noteOrder(frame);
     if (answer != nullptr) {
         mLine.field("answer", *answer);
     } else {

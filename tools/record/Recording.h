@@ -48,6 +48,7 @@ class Recording {
     void writeAnswer(const Frame& frame, std::string_view key, const std::string* answer);
     void close(Frame& frame, const std::string* answer);
     void takeEffect(Call::Kind kind, const std::string& image, std::string_view answer);
+    void noteOrder(const Frame& frame);
     void put(int64_t now, size_t roomAfter);
     void beginPart(int64_t now);
     bool isTooLong() const;
