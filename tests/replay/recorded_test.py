@@ -53,6 +53,10 @@ class Header(RecordedTest):
         self.assertEqual('on: the service answers "enabled"',
                          self.collection(f"--property={SUPPORTED}=1", **off))
         self.assertEqual("off: there is no service to ask", self.collection(service=False))
+        self.assertEqual('on: the service answers "enabled"',
+                         self.collection("--service", service=False))
+        self.run_tool("log.jsonl", "--service", environment={"INFOSYNC_HOST_NO_SERVICE": "1"})
+        self.assertEqual('on: the service answers "enabled"', self.total("collection"))
         answers = {"answers": {"snapshotInfoCollectEnable": "no"}}
         self.assertEqual('off: the service answers "no"', self.collection(**answers))
         self.assertEqual("0", self.total("records left"))
