@@ -123,6 +123,15 @@ class Record(RecordTest):
         self.assertEqual(operations, exported(E["RECORDER"]))
         self.assertEqual(operations, exported(E["IN_PLACE"]))
 
+    def test_library_without_operations(self):
+        folder = self.folder.parent
+        for name, library in (("", E["IN_PLACE"]), ("_real", E["NO_LIBRARY"])):
+            (folder / f"libcaminfosync{name}.so").symlink_to(library)
+        self.assertEqual(["ten"], self.run_hal("tenCalls", command=[E["HAL_PLAIN"]],
+                                               LD_LIBRARY_PATH=str(folder)))
+        self.expect_warnings("the library has no .*getInstance.*; calls of it do nothing")
+        self.assertEqual(list(range(1, 11)), self.calls())
+
     def test_off(self):
         name = os.path.basename(AHEAD)
         by_property = {"INFOSYNC_RECORD": None, "INFOSYNC_HOST_PROPERTIES":

@@ -36,10 +36,12 @@ class Real {
   public:
     explicit constexpr Real(Function own) : mOwn(own) {}
 
-    // Without the library's definition `nothing` is called instead.
-    void find(void* nothing) {
-        void* const real = findReal(addressOf(mOwn));
+    // Without the library's definition, or without a library, `nothing` is called instead. Returns
+    // whether there is a definition.
+    bool find(void* nothing, bool isLibrary = true) {
+        void* const real = isLibrary ? findReal(addressOf(mOwn)) : nullptr;
         mFunction = functionAt<Function>(real != nullptr ? real : nothing);
+        return real != nullptr;
     }
     Function function() const { return mFunction; }
 
@@ -67,7 +69,7 @@ class Operation {
                         const FieldNames<1 + sizeof...(Others)>& names)
         : mReal(own), mKind(kind), mName(name), mNames(names) {}
 
-    void find() { mReal.find(addressOf(&doNothing)); }
+    void find(bool isLibrary) { mReal.find(addressOf(&doNothing), isLibrary); }
 
     // Moves the arguments to the library.
     void call(Manager& manager, First& first, Others&... others) {
@@ -180,6 +182,11 @@ void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in
 void* noManager() {
     return nullptr;
 }
+// Something to refer to. None of the operations that do nothing looks at it.
+Manager& emptyManager() {
+    alignas(Manager) static char memory[sizeof(Manager)];
+    return *static_cast<Manager*>(static_cast<void*>(memory));
+}
 
 // What `in` and `out` hold is known of the types that the library knows.
 void writeRequest(Line& line, InfoSyncType type, const void* in, void* const* out) {
@@ -211,13 +218,14 @@ Pointer remember(std::atomic<const void*>& place, Pointer manager) {
 }  // namespace
 
 void findOperations() {
-    const auto find = [](auto&... operations) { (operations.find(), ...); };
+    // Without a manager no operation may be called, and one line says so.
+    const bool isLibrary = getInstanceOfRecords.find(addressOf(&emptyManager));
+    const auto find = [&](auto&... operations) { (operations.find(isLibrary), ...); };
     find(registerRecord, unregisterRecord, flush, frameInfo, requestInfo, uiInfo, anchor3aInfo,
          anchorFrame, vendorResult, vendorResults, algoList, algoInfo, errorInfo, postProcInfo,
          timeStage, timeInfo, nodeTimes, nodeState, nodeStates);
-    request.find(addressOf(&ignoreRequest));
-    getInstanceOfRecords.find(addressOf(&noManager));
-    getInstanceOfC.find(addressOf(&noManager));
+    request.find(addressOf(&ignoreRequest), isLibrary);
+    getInstanceOfC.find(addressOf(&noManager), isLibrary);
 }
 
 }  // namespace recording
