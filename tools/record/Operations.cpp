@@ -30,6 +30,10 @@ using camInfosync::SnapshotInfo;
 using Manager = InfoSynchronizerManager;
 using Kind = Call::Kind;
 
+// An odd address, which a function has that is no member, is a virtual function's in a pointer to
+// a member.
+#define INFOSYNC_EVEN __attribute__((aligned(4)))
+
 // An operation that the recorder and the library define under one name.
 template <typename Function>
 class Real {
@@ -85,7 +89,8 @@ class Operation {
     }
 
   private:
-    static void doNothing(Manager* /*manager*/, First /*first*/, Others... /*others*/) {}
+    INFOSYNC_EVEN static void doNothing(Manager* /*manager*/, First /*first*/,
+                                        Others... /*others*/) {}
 
     Real<Function> mReal;
     const Kind mKind;
@@ -177,8 +182,8 @@ RECORDING_CONSTINIT Real<void (Manager::*)(InfoSyncType, const void*, void**)> r
 RECORDING_CONSTINIT Real<Manager& (*)()> getInstanceOfRecords{&Manager::getInstance};
 RECORDING_CONSTINIT Real<void* (*)()> getInstanceOfC{&GetInstance};
 
-void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in*/,
-                   void** /*out*/) {}
+INFOSYNC_EVEN void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in*/,
+                                 void** /*out*/) {}
 void* noManager() {
     return nullptr;
 }
