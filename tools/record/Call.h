@@ -14,6 +14,7 @@ struct Call {
     Kind kind;
     const std::string* image;  // null: it belongs to none
     bool isOther = false;      // made on the manager of GetInstance()
+    bool isSeen = false;       // what the service answers it will be seen, if it asks
 
     // A command is a request that asks the service; the other requests do not.
     bool isRequest() const { return kind == Kind::kCommand || kind == Kind::kRequest; }

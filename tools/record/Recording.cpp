@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,8 @@ namespace {
 constexpr size_t kMostCutBytes = size_t{512} << 10U;
 constexpr size_t kMostKeptBytes = size_t{1} << 20U;  // of the line's memory
 constexpr size_t kEndBytes = 80;                     // enough for the last line of a part
+constexpr std::string_view kEnabled = "enabled";
+constexpr std::string_view kAssumed = kEnabled;  // of an answer that is not seen
 
 }  // namespace
 
@@ -42,11 +45,11 @@ void Recording::noteCall(Frame& frame, const Call& call, const WriteArguments& w
     if (!call.asks()) {
         return;
     }
-    if (mHeader.service) {
+    if (call.isSeen) {
         mOpen.add(frame.call, call, mLine.text());
         frame.isOpen = true;
     } else if (call.image != nullptr) {
-        takeEffect(call.kind, *call.image, {});
+        takeEffect(call.kind, *call.image, mHeader.service ? kAssumed : std::string_view());
     }
 }
 
@@ -84,7 +87,7 @@ void Recording::noteAnswer(Frame& frame, std::string_view key, const std::string
     if (frame.call != 0 && (isNews || frame.lines != mLines)) {
         writeAnswer(frame, key, answer);
     }
-    close(frame, answer);
+    close(frame, answer != nullptr ? std::optional<std::string_view>(*answer) : std::nullopt);
     if (frame.call == 0 || !isNews || answer == nullptr) {
         return;
     }
@@ -95,8 +98,7 @@ void Recording::noteAnswer(Frame& frame, std::string_view key, const std::string
 }
 
 void Recording::noteReturn(Frame& frame) {
-    const std::string answer = "enabled";
-    close(frame, &answer);
+    close(frame, kAssumed);
 }
 
 void Recording::writeAnswer(const Frame& frame, std::string_view key, const std::string* answer) {
@@ -115,13 +117,13 @@ void Recording::writeAnswer(const Frame& frame, std::string_view key, const std:
     put(moment.at, kEndBytes);
 }
 
-void Recording::close(Frame& frame, const std::string* answer) {
+void Recording::close(Frame& frame, std::optional<std::string_view> answer) {
     const OpenCall* const open = frame.isOpen ? mOpen.find(frame.call) : nullptr;
     frame.isOpen = false;
     if (open == nullptr) {
         return;
     }
-    if (answer != nullptr) {
+    if (answer) {
         takeEffect(open->kind, open->image, *answer);
     }
     mOpen.remove(open);
@@ -129,7 +131,7 @@ void Recording::close(Frame& frame, const std::string* answer) {
 
 // As the library decides what a call does that has been answered so.
 void Recording::takeEffect(Call::Kind kind, const std::string& image, std::string_view answer) {
-    if (!mHeader.supported || (!mHeader.forceEnabled && answer != "enabled")) {
+    if (!mHeader.supported || (!mHeader.forceEnabled && answer != kEnabled)) {
         return;
     }
     if (kind == Call::Kind::kRegister) {

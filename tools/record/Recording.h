@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,8 @@ class Recording {
   public:
     Recording(const Settings& settings, const Header& header);
 
-    // Writes the call's line, and its number to the frame, which is open then if the call asks.
+    // Writes the call's line, and its number to the frame, which is open then if its answer is
+    // seen.
     void noteCall(Frame& frame, const Call& call, const WriteArguments& writeArguments);
 
     // What the frame's call was answered, or null if the service has thrown. Written if it is not
@@ -36,7 +38,7 @@ class Recording {
     // then it says where the call goes on. The frame is open no more.
     void noteAnswer(Frame& frame, std::string_view key, const std::string* answer);
 
-    // The call of a frame that is still open has returned: whom it asked is not known.
+    // The call of a frame that is still open has returned: it has asked somebody else.
     void noteReturn(Frame& frame);
 
     // Writes the last line, if there is any line at all.
@@ -46,7 +48,7 @@ class Recording {
 
   private:
     void writeAnswer(const Frame& frame, std::string_view key, const std::string* answer);
-    void close(Frame& frame, const std::string* answer);
+    void close(Frame& frame, std::optional<std::string_view> answer);
     void takeEffect(Call::Kind kind, const std::string& image, std::string_view answer);
     void noteOrder(const Frame& frame);
     void put(int64_t now, size_t roomAfter);
