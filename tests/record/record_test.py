@@ -17,7 +17,6 @@ import unittest
 
 *EMULATOR, AHEAD = sys.argv[2:]
 E = os.environ
-EXPECTED = pathlib.Path(__file__).parent / "expected.jsonl"
 IN_PLACE = {"LD_LIBRARY_PATH": os.path.dirname(E["IN_PLACE"])}
 PRELOAD = {"LD_PRELOAD": E["RECORDER"]}
 LOADED = [E["LOADER"], "libc.so.6"]
@@ -93,7 +92,7 @@ class Record(RecordTest):
                 text = re.sub(r'"(at|startMonotonic|startReal)":[1-9]\d*', r'"\1":0', text)
                 text = re.sub(rf'"(tid|pid)":{pid}', r'"\1":0', text)
                 text = re.sub(r'"(thread|process)":"[^"]+"', r'"\1":"x"', text)
-                self.assertEqual(EXPECTED.read_text(), text)
+                self.assertEqual(pathlib.Path(E["EXPECTED"]).read_text(), text)
                 self.empty_folder()
 
     def test_moments_and_names(self):
@@ -127,10 +126,9 @@ class Record(RecordTest):
         folder = self.folder.parent
         for name, library in (("", E["IN_PLACE"]), ("_real", E["NO_LIBRARY"])):
             (folder / f"libcaminfosync{name}.so").symlink_to(library)
-        self.assertEqual(["ten"], self.run_hal("tenCalls", command=[E["HAL_PLAIN"]],
-                                               LD_LIBRARY_PATH=str(folder)))
+        self.run_hal(E["EARLY"], command=[E["LOADER"]], LD_LIBRARY_PATH=str(folder))
         self.expect_warnings("the library has no .*getInstance.*; calls of it do nothing")
-        self.assertEqual(list(range(1, 11)), self.calls())
+        self.assertEqual(["A"], self.calls("image"))
 
     def test_off(self):
         name = os.path.basename(AHEAD)
