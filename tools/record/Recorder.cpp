@@ -173,7 +173,8 @@ bool isRecording() {
 
 void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments& writeArguments) {
     call.isOther = manager == gOtherManager.load(std::memory_order_relaxed);
-    call.isSeen = camInfosync::InfoSynchronizer::mIntentAwareImpl == &proxy.value;
+    // Read by those calls alone that make the library read it.
+    call.isSeen = call.asks() && camInfosync::InfoSynchronizer::mIntentAwareImpl == &proxy.value;
     const bool isUpdate = call.kind == Call::Kind::kUpdate;
     if (isUpdate && !call.isOther && manager != gManager.load(std::memory_order_relaxed)) {
         static std::atomic_flag isKnown = ATOMIC_FLAG_INIT;
