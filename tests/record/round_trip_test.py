@@ -12,17 +12,24 @@ import unittest
 
 COMMAND = []
 PLAYER = os.environ["PLAYER"]
+HAL = os.environ["HAL"]
+HAL_ROOT = os.environ["HAL_ROOT"]
+REPLAY = os.environ["REPLAY"]
 
 
-def run(arguments, record=None):
-    environment = dict(os.environ)
+def run(arguments, record=None, program=None, limit=1 << 30, **more):
+    """What the program says on standard error."""
+    environment = {**os.environ, **more}
     environment.pop("INFOSYNC_RECORD", None)
     if record is not None:
         environment["INFOSYNC_RECORD"] = record
-        environment["INFOSYNC_RECORD_LIMIT"] = str(1 << 30)
-    done = subprocess.run(COMMAND + arguments, env=environment, capture_output=True, timeout=300)
+        environment["INFOSYNC_RECORD_LIMIT"] = str(limit)
+    command = COMMAND[:-1] + [program or COMMAND[-1]]
+    done = subprocess.run(command + arguments, env=environment, capture_output=True, timeout=300)
+    said = done.stderr.decode(errors="replace")
     if done.returncode != 0:
-        raise AssertionError(done.stderr.decode(errors="replace")[-2000:])
+        raise AssertionError(said[-2000:])
+    return said
 
 
 def read(*path):
@@ -60,6 +67,23 @@ class RoundTrip(unittest.TestCase):
                 header_again.pop(name)
             self.assertEqual(header, header_again)
             self.assertIn(b'"answered"', b"".join(lines))
+
+    def test_each_part_plays_by_itself(self):
+        with tempfile.TemporaryDirectory() as taken:
+            run(["parts"], record=taken, program=HAL, limit=65536, INFOSYNC_HOST_ROOT=HAL_ROOT)
+            found = {}
+            for name in os.listdir(taken):
+                header, *lines = map(json.loads, read(taken, name).splitlines())
+                calls = os.path.join(taken, "calls.jsonl")
+                said = run(["--json", calls, os.path.join(taken, name)], program=REPLAY)
+                reported = {json.loads(line)["id"] for line in read(calls).splitlines()}
+                found[header["part"]] = (header["cut"], lines[0]["image"], lines[-1], reported,
+                                         "may not have returned" in said)
+            self.assertEqual({
+                2: (["kept", "nobody saw the answer"], "A",
+                    {"end": True, "calls": 21, "next": 3}, {"A"}, False),
+                3: (["A", "kept", "nobody saw the answer"], "kept",
+                    {"end": True, "calls": 28}, {"B"}, False)}, found)
 
     def test_round_trip(self):
         for seed in range(int(os.environ.get("SEEDS", "1"))):

@@ -53,6 +53,10 @@ class Header(RecordedTest):
         self.assertEqual('on: the service answers "enabled"',
                          self.collection(f"--property={SUPPORTED}=1", **off))
         self.assertEqual("off: there is no service to ask", self.collection(service=False))
+        self.assertEqual('on: the service answers "enabled"',
+                         self.collection("--service", service=False))
+        self.run_tool("log.jsonl", "--service", environment={"INFOSYNC_HOST_NO_SERVICE": "1"})
+        self.assertEqual('on: the service answers "enabled"', self.total("collection"))
         answers = {"answers": {"snapshotInfoCollectEnable": "no"}}
         self.assertEqual('off: the service answers "no"', self.collection(**answers))
         self.assertEqual("0", self.total("records left"))
@@ -229,6 +233,14 @@ class LeftOut(RecordedTest):
         self.assertEqual(last, self.notes)
         self.play(*lines, END)
         self.assertEqual([], self.notes)
+        waits = [recorded(2, anchor("A", 1), tid=2), recorded(3, anchor("A", 1, unordered=True))]
+        self.play(*waits)
+        self.assertEqual([note(2, "updateAnchor3aInfo", 2), note(3, "updateAnchor3aInfo", 1)],
+                         self.notes)
+        self.play(recorded(1, register("C"), tid=4), waits[0],
+                  answered(1, "no", tid=4, unordered=True))
+        self.assertEqual([note(2, "registerSnapshotRequestRecord", 4),
+                          note(3, "updateAnchor3aInfo", 2)], self.notes)
         self.play(*[recorded(n, request(9), tid=n) for n in range(12)])
         self.assertEqual("log.jsonl: 2 earlier calls may not have returned either", self.notes[0])
         self.assertEqual(note(13, "request", 11), self.notes[-1])
