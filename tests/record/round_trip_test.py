@@ -1,26 +1,28 @@
 """Holds that what eight threads tell the library while they are recorded is played as it was.
 
-The command is the program's; SEEDS is how many times it is run, and CAPTURES how long each time.
+The command is the program's. Of the environment:
+
+    PLAYER    the library that plays, infosync-player
+    PLAYING   the command of another build's program, which plays instead; PLAYER is of that build
+    SEEDS     how many times
+    CAPTURES  how many captures each time
 """
 
 import json
 import os
+import shlex
 import subprocess
 import sys
 import tempfile
 import unittest
 
-COMMAND = []
+COMMAND = PLAYING = []
 PLAYER = os.environ["PLAYER"]
 
 
-def run(arguments, record=None):
-    environment = dict(os.environ)
-    environment.pop("INFOSYNC_RECORD", None)
-    if record is not None:
-        environment["INFOSYNC_RECORD"] = record
-        environment["INFOSYNC_RECORD_LIMIT"] = str(1 << 30)
-    done = subprocess.run(COMMAND + arguments, env=environment, capture_output=True, timeout=300)
+def run(command, arguments, record):
+    environment = {**os.environ, "INFOSYNC_RECORD": record, "INFOSYNC_RECORD_LIMIT": str(1 << 30)}
+    done = subprocess.run(command + arguments, env=environment, capture_output=True, timeout=300)
     if done.returncode != 0:
         raise AssertionError(done.stderr.decode(errors="replace")[-2000:])
 
@@ -44,9 +46,9 @@ def calls_by_image(folder):
 class RoundTrip(unittest.TestCase):
     def check(self, seed, captures):
         with tempfile.TemporaryDirectory() as taken, tempfile.TemporaryDirectory() as played:
-            run(["take", str(seed), captures, taken], record=taken)
+            run(COMMAND, ["take", str(seed), captures, taken], record=taken)
             log = recording_in(taken)
-            run(["play", log, played, PLAYER], record=played)
+            run(PLAYING, ["play", log, played, PLAYER], record=played)
             self.assertEqual(calls_by_image(taken), calls_by_image(played))
             self.assertEqual(read(taken, "left.txt"), read(played, "left.txt"))
 
@@ -55,9 +57,10 @@ class RoundTrip(unittest.TestCase):
             again = read(recording_in(played)).splitlines()
             self.assertEqual(lines[1:], again[1:])
             header, header_again = json.loads(lines[0]), json.loads(again[0])
-            for name in ("pid", "startMonotonic", "startReal"):
-                self.assertIsInstance(header.pop(name), int)
-                header_again.pop(name)
+            for of, command in ((header, COMMAND), (header_again, PLAYING)):
+                self.assertEqual(command[-1], of.pop("process"))
+                for name in ("pid", "startMonotonic", "startReal"):
+                    self.assertIsInstance(of.pop(name), int)
             self.assertEqual(header, header_again)
             self.assertIn(b'"answered"', b"".join(lines))
 
@@ -68,4 +71,5 @@ class RoundTrip(unittest.TestCase):
 
 if __name__ == "__main__":
     COMMAND = sys.argv[2:]
+    PLAYING = shlex.split(os.environ.get("PLAYING", "")) or COMMAND
     unittest.main(argv=sys.argv[:2])
