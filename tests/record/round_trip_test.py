@@ -68,6 +68,11 @@ class RoundTrip(unittest.TestCase):
         for seed in range(int(os.environ.get("SEEDS", "1"))):
             self.check(seed, os.environ.get("CAPTURES", "1000"))
 
+    def test_without_a_call_there_is_no_file(self):
+        with tempfile.TemporaryDirectory() as taken:
+            run(COMMAND, ["take", "1", "0", taken], record=taken)
+            self.assertEqual(["calls.jsonl", "left.txt"], sorted(os.listdir(taken)))
+
 
 if __name__ == "__main__":
     COMMAND = sys.argv[2:]

@@ -14,12 +14,14 @@
 namespace {
 
 thread_local int arraysTaken = 0;  // the library takes no other arrays than large pieces
+thread_local size_t lastArray = 0;
 thread_local bool outOfMemory = false;
 
 }  // namespace
 
 __attribute__((noinline)) void* operator new[](size_t size) {
     ++arraysTaken;
+    lastArray = size;
     return outOfMemory ? throw std::bad_alloc() : operator new(size);
 }
 __attribute__((noinline)) void operator delete[](void* memory) noexcept {
@@ -116,6 +118,7 @@ TEST_F(CopyOfRecord, TakesOneArrayIfItIsLargeAndNoByteTooMany) {
         const RecordCopy copy(record);
         EXPECT_EQ(arraysTaken, size > 4096 - 56 ? 1 : 0);
     }
+    EXPECT_EQ(lastArray, 4097U);
 }
 
 TEST_F(CopyOfRecord, ComesBeforeTheReportAndTheNodesAreCopiedOnceMore) {
@@ -131,6 +134,7 @@ TEST_F(CopyOfRecord, ComesBeforeTheReportAndTheNodesAreCopiedOnceMore) {
 }
 
 TEST_F(CopyOfRecord, EndsWithItsPieceIfTheOriginalGrows) {
+    info.uiExtra = std::string(64, 'x');  // its room is no list's
     for (const bool text : {false, true}) {
         FlatRecord copy;
         flat::Sizes sizes;
