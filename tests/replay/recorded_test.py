@@ -65,6 +65,7 @@ class Header(RecordedTest):
         read = "this tool reads (1.x)"
         for fields, says in (({"version": "0.9"}, "version: 0.9 is none that " + read),
                              ({"version": "1"}, 'version: must be MAJOR.MINOR, as "1.0"'),
+                             ({"version": "1.0x"}, 'version: must be MAJOR.MINOR, as "1.0"'),
                              ({"version": 1}, "version: must be a string"),
                              ({"format": "x"}, 'format: must be "camInfosync capture log"'),
                              ({"properties": {"a b": True}},
@@ -294,6 +295,9 @@ class BadInput(RecordedTest):
                   options=["--free"])
         self.assertEqual("3: A", self.total("records left")[:4])
         self.refuse(self.write('# "format"', long), says="is longer than 1048576 bytes")
+        self.refuse(self.write(" " * (1 << 20) + "{}", header()),
+                    says="log.jsonl:1: line: is longer than 1048576 bytes\n"
+                    "log.jsonl:2: format: the header must be the log's first line\n")
         self.refuse_lines(" " * (1 << 26) + "{}", says="2: line: is longer than 67108864 bytes")
 
     def test_other_files(self):

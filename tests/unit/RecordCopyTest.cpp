@@ -121,6 +121,22 @@ TEST_F(CopyOfRecord, TakesOneArrayIfItIsLargeAndNoByteTooMany) {
     EXPECT_EQ(lastArray, 4097U);
 }
 
+TEST_F(CopyOfRecord, TakesNoArrayForAllStagesAndEightNodes) {
+    record.frameInfo = {1, "123456789012345", {0, 1, 2}, 0, "IMG_20261121_101500_123456"};
+    for (const char* const stage : TimeStageToChar) {
+        info.timeInfo[stage] = 1;
+    }
+    for (char letter = 'a'; letter < 'i'; ++letter) {
+        const std::string node(30, letter);
+        algo.algoTimeA[node] = algo.algoTimeB[node] = algo.algoTimeC[node] = 1;
+        algo.algoState[algo.algoList.emplace_back(node)] = "GetOutputError";
+    }
+    arraysTaken = 0;
+    collector.requestInfo(&record);
+    EXPECT_EQ(arraysTaken, 0);
+    doubles::takeJournal();
+}
+
 TEST_F(CopyOfRecord, ComesBeforeTheReportAndTheNodesAreCopiedOnceMore) {
     algo.algoList = {std::string(4096, 'x')};
     outOfMemory = true;
