@@ -32,7 +32,8 @@ std::string collectionState(const CollectionAnswer& answer) {
             ": the service answers \"" + printable(answer.first, kLongestName) + '"';
     return answer.changes == 0 ? state + text
                                : state + " at first" + text + ", and changes its answer " +
-                                         std::to_string(answer.changes) + " times";
+                                         std::to_string(answer.changes) +
+                                         (answer.changes == 1 ? " time" : " times");
 }
 
 // The first names of a map, in its order, as ": A, B, ... and N more".
