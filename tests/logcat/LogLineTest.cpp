@@ -81,6 +81,8 @@ TEST(LogLine, IsReadInEachFormatWithEachModifier) {
             check(format, expected, modifier, true);
         }
     }
+    unsetenv("TZ");
+    tzset();
 }
 
 TEST(LogLine, HasMonotonicTimesAsSecondsThatAreTooFewForADate) {

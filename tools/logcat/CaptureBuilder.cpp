@@ -35,7 +35,8 @@ bool isFlushMissing(const view::Capture& capture) {
 }
 
 void addAtEnd(view::Capture& capture, FindingKind kind, const char* text) {
-    const view::Place place = capture.calls.empty() ? view::Place{} : capture.calls.front().place;
+    const view::Place place = capture.calls.empty() ? capture.reports.front().place
+                                                    : capture.calls.front().place;
     capture.findings.push_back({kind, text, {}, place, {}});
 }
 

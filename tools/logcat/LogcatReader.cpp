@@ -140,6 +140,7 @@ bool LogcatReader::goesOn(const Pending& entry) const {
 
 // "uid=1000(system) Binder:1_2 expire 12 lines"; of identical lines one is left.
 void LogcatReader::readChatty(const LogLine& line, uint64_t number) {
+    addPending();
     const size_t expire = line.message.rfind(" expire ");
     if (expire != std::string_view::npos) {
         mBuilder.addGap(line.pid.value_or(0),
