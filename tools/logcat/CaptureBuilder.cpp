@@ -34,10 +34,15 @@ bool isFlushMissing(const view::Capture& capture) {
     return capture.isRegistered && !capture.isFlushed && capture.reports.empty();
 }
 
+// Where the log names a capture first: by a call, a report, or a warning that it has a record.
+view::Place firstPlace(const view::Capture& capture) {
+    return !capture.calls.empty()     ? capture.calls.front().place
+           : !capture.reports.empty() ? capture.reports.front().place
+                                      : capture.findings.front().place;
+}
+
 void addAtEnd(view::Capture& capture, FindingKind kind, const char* text) {
-    const view::Place place = capture.calls.empty() ? capture.reports.front().place
-                                                    : capture.calls.front().place;
-    capture.findings.push_back({kind, text, {}, place, {}});
+    capture.findings.push_back({kind, text, {}, firstPlace(capture), {}});
 }
 
 }  // namespace

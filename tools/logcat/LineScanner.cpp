@@ -15,13 +15,15 @@
 namespace logcat {
 namespace {
 
-constexpr size_t kBufferSize = size_t{1} << 20;
-static_assert(LineScanner::kLongestLine < kBufferSize);
+// The buffer grows with the log.
+constexpr size_t kSmallestBuffer = size_t{1} << 14;
+constexpr size_t kLargestBuffer = size_t{1} << 20;
+static_assert(LineScanner::kLongestLine < kLargestBuffer);
 
 }  // namespace
 
 LineScanner::LineScanner(Input& input, std::vector<std::string_view> needles)
-    : mInput(input), mBuffer(kBufferSize) {
+    : mInput(input), mBuffer(kSmallestBuffer) {
     for (const std::string_view needle : needles) {
         mNeedles.push_back({needle});
     }
@@ -30,8 +32,12 @@ LineScanner::LineScanner(Input& input, std::vector<std::string_view> needles)
 // Reads until the buffer is full or the input ends. What is left of it moves to the front.
 void LineScanner::fill() {
     std::memmove(mBuffer.data(), mBuffer.data() + mBegin, mEnd - mBegin);
+    const bool wasFull = mEnd == mBuffer.size();
     mEnd -= mBegin;
     mBegin = 0;
+    if (wasFull && mBuffer.size() < kLargestBuffer) {
+        mBuffer.resize(mBuffer.size() * 2);
+    }
     for (Needle& needle : mNeedles) {
         needle.position = 0;
     }
@@ -76,7 +82,7 @@ void LineScanner::passOver(size_t end) {
 
 // What is in the buffer has no end of a line: reads on, if need be without its beginning.
 void LineScanner::readOn() {
-    if (mEnd - mBegin == mBuffer.size()) {
+    if (mEnd - mBegin == kLargestBuffer) {
         mIsTooLong = true;
         mBegin = mEnd;
     }
