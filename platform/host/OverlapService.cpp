@@ -24,14 +24,15 @@ class RecordingService final : public ServiceBase {
   public:
     void setParam(const std::string& id, const std::string& key,
                   const std::string& value) override {
-        keep({ServiceCall::Kind::kSetParam, id, key, value},
+        keep({ServiceCall::Kind::kSetParam, id, key, value, 0, 0, {}},
              "setParam\t" + id + '\t' + key + '\t' + value);
     }
     void reportEvent(const std::string& id, const std::string& event) override {
-        keep({ServiceCall::Kind::kReportEvent, id, {}, event}, "reportEvent\t" + id + '\t' + event);
+        keep({ServiceCall::Kind::kReportEvent, id, {}, event, 0, 0, {}},
+             "reportEvent\t" + id + '\t' + event);
     }
     void finishReport(std::string id, int32_t first, int32_t second) override {
-        keep({ServiceCall::Kind::kFinishReport, id, {}, {}, first, second},
+        keep({ServiceCall::Kind::kFinishReport, id, {}, {}, first, second, {}},
              "finishReport\t" + id + '\t' + std::to_string(first) + '\t' + std::to_string(second));
     }
     std::string queryValue(std::string key) override {
@@ -43,6 +44,7 @@ class RecordingService final : public ServiceBase {
     }
 
     void setAnswers(AnswerQuestion answer) { mAnswer = std::move(answer); }
+    void setWatch(WatchCall watch) { mWatch = std::move(watch); }
     void take(std::vector<ServiceCall>* calls) {
         std::lock_guard<std::mutex> lock(mMutex);
         calls->insert(calls->end(), std::make_move_iterator(mCalls.begin()),
@@ -57,6 +59,9 @@ class RecordingService final : public ServiceBase {
     }
 
     void keep(ServiceCall call, const std::string& line) {
+        if (mWatch) {
+            mWatch(call);
+        }
         std::lock_guard<std::mutex> lock(mMutex);
         mCalls.push_back(std::move(call));
         if (mFile.is_open()) {
@@ -65,6 +70,7 @@ class RecordingService final : public ServiceBase {
     }
 
     AnswerQuestion mAnswer;
+    WatchCall mWatch;
     std::mutex mMutex;
     std::vector<ServiceCall> mCalls;   // guarded by mMutex
     std::ofstream mFile = openFile();  // guarded by mMutex
@@ -92,6 +98,10 @@ void infosyncTakeServiceCalls(std::vector<ServiceCall>* calls) {
 
 void infosyncSetAnswers(AnswerQuestion answer) {
     service().setAnswers(std::move(answer));
+}
+
+void infosyncSetWatch(WatchCall watch) {
+    service().setWatch(std::move(watch));
 }
 
 }  // extern "C"

@@ -17,6 +17,7 @@ struct ServiceCall {
     std::string value;  // of setParam; the event of reportEvent
     int32_t first = 0;  // the integers of finishReport
     int32_t second = 0;
+    std::string note;  // of who watches; not from the library
 };
 
 // Where the stand-in lies on the phone, and so under the host root.
@@ -36,3 +37,13 @@ using AnswerQuestion = std::function<std::string(const std::string& key)>;
 using SetAnswers = void(AnswerQuestion answer);
 extern "C" SetAnswers infosyncSetAnswers;
 inline constexpr char kSetAnswers[] = "infosyncSetAnswers";
+
+// Is shown each call on the thread that makes it, before the call returns, and may put a note to
+// it. The library may hold its records' mutex meanwhile.
+using WatchCall = std::function<void(ServiceCall& call)>;
+
+// Makes `watch` the one that is shown the calls from now on; an empty one is nobody. To be called
+// while none is made.
+using SetWatch = void(WatchCall watch);
+extern "C" SetWatch infosyncSetWatch;
+inline constexpr char kSetWatch[] = "infosyncSetWatch";

@@ -227,8 +227,7 @@ void takeCaptures(unsigned seed, unsigned captures, const Text& folder) {
         thread.join();
     }
     const replay::File calls(std::fopen((folder + "/calls.jsonl").c_str(), "w"));
-    replay::ServiceReport(findInService<TakeServiceCalls>(kTakeServiceCalls), calls.get(), nullptr)
-            .drain(manager());
+    replay::ServiceReport(findInService<TakeServiceCalls>(kTakeServiceCalls), calls.get()).drain();
 }
 
 int play(const Text& path, const Text& folder, const char* player) {
@@ -242,7 +241,7 @@ int play(const Text& path, const Text& folder, const char* player) {
         return 2;
     }
     options.json = folder + "/calls.jsonl";
-    options.quiet = true;
+    options.view.quiet = true;
     return entry(&options);
 }
 

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "InfoSynchronizerManager.h"
 #include "OverlapService.h"
 
 namespace {
@@ -16,16 +15,16 @@ std::atomic<int> gInside{0};
 void take(std::vector<ServiceCall>* calls) {
     EXPECT_EQ(1, ++gInside);
     std::this_thread::yield();
-    calls->push_back({ServiceCall::Kind::kFinishReport, "A", {}, {}});
+    calls->push_back({ServiceCall::Kind::kFinishReport, "A", {}, {}, 0, 0, {}});
     --gInside;
 }
 
 TEST(ServiceReport, TakesFromTheServiceOnOneThreadAtATime) {
     constexpr int kDrains = 2000;
-    replay::ServiceReport report(take, nullptr, nullptr);
+    replay::ServiceReport report(take, nullptr);
     const auto drain = [&] {
         for (int i = 0; i < kDrains; ++i) {
-            report.drain(camInfosync::InfoSynchronizerManager::getInstance());
+            report.drain();
         }
     };
     std::thread other(drain);

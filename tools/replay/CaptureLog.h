@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@
 
 namespace camInfosync {
 class InfoSynchronizerManager;
+struct RequestRecord;
 }  // namespace camInfosync
 
 namespace replay {
@@ -24,6 +26,16 @@ struct ServiceAnswer {
     std::string key;
     std::string text;
     bool threw = false;  // instead of answering
+};
+
+// What a call gives that its effect depends on.
+struct CallArguments {
+    std::string image;               // with the suffix
+    std::optional<int64_t> code;     // a stage, error code, state or type, given as such
+    std::vector<std::string> names;  // of the nodes, results or stages that it tells of
+    bool isList = false;             // a list of algorithms
+    bool isNull = false;             // null stands where a text, key, record or result must be
+    std::shared_ptr<const camInfosync::RequestRecord> record;  // of a request
 };
 
 // What one line asks for.
@@ -41,6 +53,7 @@ struct CaptureStep {
     };
 
     Kind kind = Kind::kNothing;
+    uint64_t line = 0;  // in the log; set by who reads it
     std::chrono::milliseconds sleep{0};
     std::string thread;  // of a call: the thread to run it on; empty is the main thread
 
@@ -53,6 +66,7 @@ struct CaptureStep {
     // Of a call:
     std::string_view operation;
     std::optional<std::string> image;  // that it belongs to, as written
+    CallArguments arguments;
     bool isFlush = false;
     bool reports = false;         // makes the service receive a report
     bool onOtherManager = false;  // on GetInstance()'s, not on getInstance()'s

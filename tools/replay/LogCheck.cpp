@@ -41,7 +41,7 @@ class Check {
     Check(StepReader& reader, const ReplayOptions& options)
         : mReader(reader),
           mOptions(options),
-          mFilter(reader.header(), options.images),
+          mFilter(reader.header(), options.view.images),
           mLastCalls(reader.header().service) {}
 
     // Returns whether nothing is wrong.
@@ -62,21 +62,24 @@ class Check {
         return mErrors == 0;
     }
 
-    void showNotes() const {
+    void showNotes() {
         const std::string log = printable(mReader.log().name());
         if (mCutLine != 0) {
-            std::cerr << log << ':' << mCutLine
-                      << ": the last line is cut off and left out; the recording ended there\n";
+            addNote(log + ':' + std::to_string(mCutLine) +
+                    ": the last line is cut off and left out; the recording ended there");
         }
         if (mCutCalls != 0 || mReader.header().moreCut != 0) {
-            showCutImages(log);
+            addNote(log + cutImages());
         }
         if (mOmittedCalls != 0) {
-            std::cerr << log << ": " << counted(mOmittedCalls, "call")
-                      << " left out: the arguments were too long to be recorded\n";
+            addNote(log + ": " + counted(mOmittedCalls, "call") +
+                    " left out: the arguments were too long to be recorded");
         }
         if (mRecorded && !mEnded) {
             showUnfinished(log);
+        }
+        if (mFacts.calls == 0) {
+            addNote(log + ": has no calls");
         }
     }
 
@@ -118,10 +121,12 @@ class Check {
     }
 
     void addCall(const CaptureStep& call) {
+        mFacts.calls += 1;
+        mFacts.callsWithTime += call.at ? 1 : 0;
         const Verdict verdict = mFilter.judge(call);
         mCutCalls += verdict == Verdict::kCut ? 1 : 0;
         mOmittedCalls += verdict == Verdict::kOmitted ? 1 : 0;
-        if (call.image && !mOptions.images.empty()) {
+        if (call.image && !mOptions.view.images.empty()) {
             mImages.insert(*call.image);
         }
     }
@@ -151,7 +156,7 @@ class Check {
             return;
         }
         const std::vector<std::string_view> known(mImages.begin(), mImages.end());
-        for (const std::string& image : mOptions.images) {
+        for (const std::string& image : mOptions.view.images) {
             if (mImages.count(image) == 0) {
                 addError("--image: " + printable(image, kLongestName) +
                          " is in no line of the log" + printable(didYouMean(image, known)));
@@ -177,29 +182,32 @@ class Check {
         }
     }
 
-    void showCutImages(const std::string& log) const {
-        const LogHeader& header = mReader.header();
-        std::cerr << log << ": " << counted(mCutCalls, "call") << " of "
-                  << counted(header.cut.size(), "image")
-                  << " left out: the first calls of these images are in an earlier file";
-        if (header.moreCut != 0) {
-            std::cerr << "; " << counted(header.moreCut, "more such image")
-                      << " played without them";
-        }
-        std::cerr << '\n';
+    void addNote(std::string note) {
+        std::cerr << note << '\n';
+        mFacts.notes.push_back(std::move(note));
     }
 
-    void showUnfinished(const std::string& log) const {
+    std::string cutImages() const {
+        const LogHeader& header = mReader.header();
+        const std::string more = header.moreCut == 0
+                                         ? ""
+                                         : "; " + counted(header.moreCut, "more such image") +
+                                                   " played without them";
+        return ": " + counted(mCutCalls, "call") + " of " + counted(header.cut.size(), "image") +
+               " left out: the first calls of these images are in an earlier file" + more;
+    }
+
+    void showUnfinished(const std::string& log) {
         const std::vector<LastCalls::Call> calls = mLastCalls.unfinished();
         const size_t first = calls.size() > kMostShown ? calls.size() - kMostShown : 0;
         if (first != 0) {
-            std::cerr << log << ": " << counted(first, "earlier call")
-                      << " may not have returned either\n";
+            addNote(log + ": " + counted(first, "earlier call") + " may not have returned either");
         }
         for (size_t i = first; i < calls.size(); ++i) {
-            std::cerr << log << ':' << calls[i].line << ": " << calls[i].operation << " on thread "
-                      << printable(calls[i].thread) << " (" << calls[i].tid
-                      << ") may not have returned when the file ends\n";
+            addNote(log + ':' + std::to_string(calls[i].line) + ": " +
+                    std::string(calls[i].operation) + " on thread " + printable(calls[i].thread) +
+                    " (" + std::to_string(calls[i].tid) +
+                    ") may not have returned when the file ends");
         }
     }
 

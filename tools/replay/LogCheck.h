@@ -18,6 +18,9 @@ struct LogFacts {
     std::vector<uint64_t> answered;          // numbers of the calls with an answer's line; sorted
     std::optional<std::string> firstAnswer;  // in such a line, to whether snapshots are collected
     uint64_t laterAnswers = 0;               // that differ from the one before
+    uint64_t calls = 0;                      // in the log, played or not
+    uint64_t callsWithTime = 0;
+    std::vector<std::string> notes;  // what standard error was told as well
 };
 
 // The command that asks whether snapshots are collected.

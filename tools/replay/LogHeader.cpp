@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -58,6 +59,12 @@ void checkProperties(const LogHeader& header, const Path& path, Errors& errors) 
     }
 }
 
+void readStart(const json& line, const char* field, std::optional<int64_t>& out, Errors& errors) {
+    if (line.contains(field)) {
+        readValue(line[field], out.emplace(), Path{nullptr, field}, errors);
+    }
+}
+
 void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
     const Path top;  // the line
     std::string format;
@@ -82,6 +89,8 @@ void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
             .read("answers", header.answers)
             .read("cut", header.cut)
             .read("cutMore", header.moreCut);
+    readStart(line, "startMonotonic", header.startMonotonic, errors);
+    readStart(line, "startReal", header.startReal, errors);
     checkProperties(header, Path{nullptr, "properties"}, errors);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct LogHeader {
     std::map<std::string, std::string> answers;  // the service's last ones when the file began
     std::vector<std::string> cut;                // images whose first calls are in a lost file
     uint64_t moreCut = 0;                        // further ones, which are not named
+    // The same moment on CLOCK_MONOTONIC and CLOCK_REALTIME, in nanoseconds.
+    std::optional<int64_t> startMonotonic;
+    std::optional<int64_t> startReal;
 
     bool exists() const { return line != 0; }
 };

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -73,6 +74,46 @@ struct Field {
     CodeNames codes{};      // if it may be given by name
 };
 
+template <typename Value>
+void noteNames(const std::map<std::string, Value>& map, CallArguments& arguments) {
+    for (const auto& [name, value] : map) {
+        arguments.names.push_back(name);
+    }
+}
+
+// Keeps of an argument what the effect of the call depends on.
+template <typename Value>
+void noteArgument(const Field& field, const Value& value, CallArguments& arguments) {
+    if constexpr (std::is_same_v<Value, std::string>) {
+        if (field.name == "image") {
+            arguments.image = value;
+        } else if (field.name == "node") {
+            arguments.names = {value};
+        }
+    } else if constexpr (std::is_same_v<Value, ZeroTerminated>) {
+        arguments.isNull = !value.has_value();
+    } else if constexpr (std::is_integral_v<Value> || std::is_enum_v<Value>) {
+        if (field.codes.count != 0 || field.name == "type") {
+            arguments.code = static_cast<int64_t>(value);
+        } else if (field.name == "resultId") {
+            arguments.names = {std::to_string(static_cast<int32_t>(value))};
+        }
+    } else if constexpr (std::is_same_v<Value, camInfosync::SnapshotInfo::ZuAlgoInfo>) {
+        for (const auto* times : {&value.algoTimeA, &value.algoTimeB, &value.algoTimeC}) {
+            noteNames(*times, arguments);
+        }
+    } else if constexpr (std::is_same_v<Value, camInfosync::SnapshotInfo::VendorResultInfo>) {
+        for (const auto& [id, text] : value) {
+            arguments.names.push_back(std::to_string(id));
+        }
+    } else if constexpr (std::is_same_v<Value, std::vector<std::string>>) {
+        arguments.isList = true;
+    } else if constexpr (std::is_same_v<Value, std::map<std::string, int64_t>> ||
+                         std::is_same_v<Value, std::map<std::string, std::string>>) {
+        noteNames(value, arguments);
+    }
+}
+
 // One operation of the library, with one of its argument lists.
 class OperationForm {
   public:
@@ -135,6 +176,7 @@ class OperationForm {
             step.image = std::get<0>(arguments);  // the image name comes first
             std::get<0>(arguments) += imageSuffix;
         }
+        (noteArgument(fields[I], std::get<I>(arguments), step.arguments), ...);
         step.run = [operation, arguments = std::move(arguments)](InfoSynchronizerManager& manager) {
             (manager.*operation)(asArgument<Arguments>(std::get<I>(arguments))...);
         };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -178,7 +179,7 @@ bool require(const json& line, std::string_view field, Errors& errors) {
     return there;
 }
 
-MakeCall readCommand(const json& line, Errors& errors) {
+MakeCall readCommand(const json& line, CaptureStep& step, Errors& errors) {
     checkUnknown(line, {"type", "key", "out"}, errors);
     ZeroTerminated key;
     if (require(line, "key", errors)) {
@@ -188,6 +189,7 @@ MakeCall readCommand(const json& line, Errors& errors) {
     if (withoutOut && !line["out"].is_null()) {
         errors.add(Path{nullptr, "out"}, "must be null, or left out");
     }
+    step.arguments.isNull = !key || withoutOut;
     return [key, withoutOut](InfoSynchronizerManager& manager) {
         void* answer = nullptr;
         manager.request(camInfosync::INFO_SYNC_TYPE_CMD, key ? key->c_str() : nullptr,
@@ -202,17 +204,21 @@ MakeCall readCollecting(InfoSyncType type, const json& line, const std::string& 
         return nullptr;
     }
     if (line["record"].is_null()) {
+        step.arguments.isNull = true;
         return [type](InfoSynchronizerManager& manager) {
             manager.request(type, nullptr, nullptr);
         };
     }
-    camInfosync::RequestRecord record(camInfosync::REQUEST_TYPE_DEFAULT);
-    record.createTime = {};
-    readValue(line["record"], record, Path{nullptr, "record"}, errors);
-    step.image = record.frameInfo.imageName;
-    record.frameInfo.imageName += imageSuffix;
+    const auto record =
+            std::make_shared<camInfosync::RequestRecord>(camInfosync::REQUEST_TYPE_DEFAULT);
+    record->createTime = {};
+    readValue(line["record"], *record, Path{nullptr, "record"}, errors);
+    step.image = record->frameInfo.imageName;
+    record->frameInfo.imageName += imageSuffix;
+    step.arguments.image = record->frameInfo.imageName;
+    step.arguments.record = record;
     return [type, record](InfoSynchronizerManager& manager) {
-        manager.request(type, &record, nullptr);
+        manager.request(type, record.get(), nullptr);
     };
 }
 
@@ -223,9 +229,10 @@ void readRequest(const json& line, const std::string& imageSuffix, CaptureStep& 
     if (errors.any()) {
         return;
     }
+    step.arguments.code = type;
     switch (type) {
         case camInfosync::INFO_SYNC_TYPE_CMD:
-            step.run = readCommand(line, errors);
+            step.run = readCommand(line, step, errors);
             break;
         case camInfosync::INFO_SYNC_TYPE_COLLECT:
         case camInfosync::INFO_SYNC_TYPE_COLLECT_ALT:

@@ -108,14 +108,15 @@ std::string threadKey(const CaptureStep& step) {
 }  // namespace
 
 Playback::Playback(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
-                   SetAnswers* setAnswers, Around around)
+                   SetAnswers* setAnswers, Around around, Answered answered)
     : mReader(reader),
       mFacts(facts),
       mOptions(options),
       mAround(std::move(around)),
+      mAnswered(std::move(answered)),
       mInOrder(reader.header().exists() && !options.free),
       mManager(InfoSynchronizerManager::getInstance()),
-      mFilter(reader.header(), options.images),
+      mFilter(reader.header(), options.view.images),
       mAnswers(options.answer),
       mAnswering(setAnswers, [this](const std::string& key) { return answer(key); }) {}
 
@@ -226,6 +227,18 @@ void Playback::post(const std::string& thread, std::function<void()> task) {
 
 // Called by the service, on the thread that asks.
 std::string Playback::answer(const std::string& key) {
+    std::optional<std::string> text = findAnswer(key);
+    if (mAnswered) {
+        mAnswered(key, text ? &*text : nullptr);
+    }
+    if (!text) {
+        throw ServiceThrew();
+    }
+    return *std::move(text);
+}
+
+// Returns nothing where the service threw.
+std::optional<std::string> Playback::findAnswer(const std::string& key) {
     CallInProgress* call = CallInProgress::current();
     if (call == nullptr || !call->awaitsAnswer()) {
         return mAnswers.of(key);
@@ -238,10 +251,7 @@ std::string Playback::answer(const std::string& key) {
     if (!answer || mAnswers.areFixed() || answer->key != key) {
         return mAnswers.of(key);
     }
-    if (answer->threw) {
-        throw ServiceThrew();
-    }
-    return answer->text;
+    return answer->threw ? std::nullopt : std::optional<std::string>(answer->text);
 }
 
 }  // namespace replay

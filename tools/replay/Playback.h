@@ -38,9 +38,13 @@ class Playback {
     // Makes `call` on the call's thread, and may do something before and after.
     using Around = std::function<void(const CaptureStep& step, const std::function<void()>& call)>;
 
+    // Is told on the thread that asks, just before it is answered; a null answer: the service
+    // throws.
+    using Answered = std::function<void(const std::string& key, const std::string* answer)>;
+
     // All references must outlive this. `setAnswers` is the service's; null if there is none.
     Playback(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
-             SetAnswers* setAnswers, Around around);
+             SetAnswers* setAnswers, Around around, Answered answered = {});
     ~Playback() = default;
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
@@ -81,11 +85,13 @@ class Playback {
     void playAnswer(CaptureStep step);
     void post(const std::string& thread, std::function<void()> task);
     std::string answer(const std::string& key);
+    std::optional<std::string> findAnswer(const std::string& key);
 
     StepReader& mReader;
     const LogFacts& mFacts;
     const ReplayOptions& mOptions;
     const Around mAround;
+    const Answered mAnswered;
     const bool mInOrder;
     camInfosync::InfoSynchronizerManager& mManager;
     CallFilter mFilter;

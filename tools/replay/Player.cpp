@@ -10,9 +10,13 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "CaptureLog.h"
+#include "CaptureObserver.h"
+#include "CollectionState.h"
 #include "ExitStatus.h"
 #include "InfoSyncType.h"
 #include "InfoSynchronizerManager.h"
@@ -22,11 +26,13 @@
 #include "Playback.h"
 #include "Printable.h"
 #include "Progress.h"
+#include "PropertyNames.h"
 #include "ReplayOptions.h"
 #include "ServiceAnswers.h"
 #include "ServiceReport.h"
 #include "StepReader.h"
-#include "Totals.h"
+#include "View.h"
+#include "Views.h"
 
 namespace replay {
 namespace {
@@ -60,50 +66,146 @@ CollectionAnswer askSwitch(const LogFacts& facts, const ReplayOptions& options) 
     return {answers.of(kCollectionKey), facts.laterAnswers};
 }
 
+view::Session sessionOf(const LogFacts& facts, const ReplayOptions& options,
+                        const CollectionAnswer& answer) {
+    view::Session session;
+    session.sources = {options.path};
+    session.clock = facts.callsWithTime != 0 ? view::Clock::kMonotonic : view::Clock::kNone;
+    const LogHeader& header = options.header;
+    if (header.startMonotonic && header.startReal) {
+        session.toReal = *header.startReal - *header.startMonotonic;
+    }
+    session.switches = {{kSupportedProperty, isSupported() ? "true" : "not true"},
+                        {kForcedProperty, isForced() ? "true" : "not true"},
+                        {"service", hasService() ? "present" : "none"},
+                        {"collection", collectionState(answer)}};
+    session.notes = facts.notes;
+    return session;
+}
+
+// What is to be shown needs an observer; without one the log is played quicker.
+bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
+    const view::ViewOptions& view = options.view;
+    return options.records || view.failOnFindings || !view.trace.empty() || !view.html.empty() ||
+           (terminal != nullptr && !view.quiet);
+}
+
+// Shows the service's calls to the observers for as long as it lives.
+class Watching {
+  public:
+    Watching(SetWatch* set, bool isWanted) : mSet(isWanted ? set : nullptr) {
+        if (mSet != nullptr) {
+            mSet(CaptureObserver::watch);
+        }
+    }
+    ~Watching() {
+        if (mSet != nullptr) {
+            mSet(nullptr);
+        }
+    }
+    Watching(const Watching&) = delete;
+    Watching& operator=(const Watching&) = delete;
+
+  private:
+    SetWatch* const mSet;
+};
+
+// One playing of a log, and what is shown of it.
+class Showing {
+  public:
+    // All must outlive this.
+    Showing(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
+            view::View& views, std::FILE* json, bool isObserved)
+        : mFacts(facts),
+          mOptions(options),
+          mReport(findInService<TakeServiceCalls>(kTakeServiceCalls), json),
+          mSetWatch(findInService<SetWatch>(kSetWatch)),
+          mPlayback(
+                  reader, facts, options, findInService<SetAnswers>(kSetAnswers),
+                  [this](const auto& step, const auto& call) { around(step, call); },
+                  [](const auto& key, const auto* answer) {
+                      CaptureObserver::answered(key, answer);
+                  }) {
+        const CollectionAnswer answer = askSwitch(facts, options);
+        if (isObserved) {
+            const CaptureObserver::Settings settings{
+                    options.records, facts.calls == facts.callsWithTime,
+                    options.header.moreCut != 0, mSetWatch != nullptr};
+            mObserver.emplace(views, sessionOf(facts, options, answer), settings);
+        }
+    }
+
+    void play(Progress& progress) {
+        const Watching watching(mSetWatch, mObserver.has_value());
+        mPlayback.play(progress);
+    }
+
+    // Throws what a view has thrown.
+    void finish() {
+        if (mObserver) {
+            mObserver->finish(
+                    {mPlayback.calls(), mPlayback.flushes(), mReport.reports(), mReport.calls()});
+        }
+    }
+
+  private:
+    void around(const CaptureStep& step, const std::function<void()>& call) {
+        if (mObserver) {
+            mObserver->around(step, call);
+        } else {
+            call();
+        }
+        if (step.reports) {
+            mReport.drain();
+        }
+    }
+
+    const LogFacts& mFacts;
+    const ReplayOptions& mOptions;
+    ServiceReport mReport;
+    SetWatch* const mSetWatch;
+    std::optional<CaptureObserver> mObserver;
+    Playback mPlayback;  // last: its threads use the others
+};
+
 ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
                     std::FILE* json, Progress& progress) {
-    std::FILE* readable = options.quiet || json == stdout ? nullptr : stdout;
-    InfoSynchronizerManager& manager = InfoSynchronizerManager::getInstance();
-    ServiceReport report(findInService<TakeServiceCalls>(kTakeServiceCalls), json, readable);
-    const auto around = [&](const CaptureStep& step, const std::function<void()>& call) {
-        call();
-        if (step.reports) {
-            report.drain(manager);
+    ExitStatus statusOfException = kUnusable;
+    std::FILE* terminal = json == stdout ? nullptr : stdout;
+    try {
+        view::Views views(options.view, terminal);
+        Showing showing(reader, facts, options, views, json, needsObserver(options, terminal));
+        statusOfException = kFailed;
+        showing.play(progress);
+        statusOfException = kUnusable;
+        showing.finish();
+        if (!isWritten(json) || !isWritten(terminal)) {
+            throw std::runtime_error(std::string("cannot write the output: ") +
+                                     std::strerror(errno));
         }
-    };
-    Playback playback(reader, facts, options, findInService<SetAnswers>(kSetAnswers), around);
-    const CollectionAnswer answer = askSwitch(facts, options);
-    playback.play(progress);
-    if (readable != nullptr) {
-        const Totals totals{answer, playback.calls(), playback.flushes(), report.reports(),
-                            report.calls()};
-        const std::string text = readableTotals(totals, manager);
-        std::fputs(text.c_str(), readable);
+        const bool fails = options.view.failOnFindings && views.hasFindings();
+        return fails ? kFindings : kPlayed;
+    } catch (const std::exception& error) {
+        std::cerr << "infosync-replay: " << printable(error.what()) << '\n';
+        return statusOfException;
     }
-    if (!isWritten(json) || !isWritten(readable)) {
-        std::cerr << "infosync-replay: cannot write the output: " << std::strerror(errno) << '\n';
-        return kUnusable;
-    }
-    return kPlayed;
 }
 
 ExitStatus run(const ReplayOptions& options) {
-    ExitStatus statusOfException = kUnusable;
     try {
         StepReader reader(*options.log, options.header);
         const bool reportOnTerminal = options.json != "-" && isatty(STDOUT_FILENO) != 0;
-        Progress progress(!options.quiet && !reportOnTerminal,
+        Progress progress(!options.view.quiet && !reportOnTerminal,
                           options.log->size() * (uint64_t{options.repeat} + 1));
         const auto facts = checkLog(reader, options, progress);
         if (!facts) {
             return kUnusable;
         }
         const OutputFile json(options.json, options.path);
-        statusOfException = kFailed;
         return playInto(reader, *facts, options, json.get(), progress);
     } catch (const std::exception& error) {
         std::cerr << "infosync-replay: " << printable(error.what()) << '\n';
-        return statusOfException;
+        return kUnusable;
     }
 }
 

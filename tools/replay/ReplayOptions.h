@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "LogFile.h"
 #include "LogHeader.h"
+#include "ViewOptions.h"
 
 struct ReplayOptions {
     std::string path;                // the log's, or "-" for standard input
@@ -16,10 +16,10 @@ struct ReplayOptions {
     replay::LogHeader header;
     std::string json;  // where the service's calls go: a path, "-", or empty for nowhere
     uint32_t repeat = 1;
-    bool quiet = false;
+    bool records = false;               // and after each report the record that was flushed
+    view::ViewOptions view;             // where `images` are also the only ones that are played
     bool timing = false;                // keep the recorded gaps
     bool free = false;                  // do not wait for a call before the next thread's
-    std::vector<std::string> images;    // play no others, if there are any
     std::optional<std::string> answer;  // of the service, to everything
 };
 

@@ -39,6 +39,7 @@ bool StepReader::next(CaptureStep& step) {
     } else {
         mCut = mHeader.isCut;
     }
+    step.line = mLog.lineNumber();
     return true;
 }
 

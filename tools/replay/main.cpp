@@ -6,6 +6,7 @@
 #include <stdlib.h>  // setenv
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -25,7 +27,10 @@
 #include "LogFile.h"
 #include "LogHeader.h"
 #include "Printable.h"
+#include "PropertyNames.h"
 #include "ReplayOptions.h"
+#include "Spelling.h"
+#include "ViewOptions.h"
 
 namespace {
 
@@ -44,14 +49,32 @@ std::string checkProperty(const std::string& text) {
     return good ? "" : "must be KEY=VALUE on one line: " + text;
 }
 
+// A misspelt property would have no effect, and nobody would know.
+void warnOfMisspelling(const Settings& settings) {
+    const std::vector<std::string_view> known = {replay::kSupportedProperty,
+                                                 replay::kForcedProperty};
+    for (const std::string& property : settings.properties) {
+        const std::string name = property.substr(0, property.find('='));
+        const std::string guess = replay::didYouMean(name, known);
+        if (!guess.empty() && std::find(known.begin(), known.end(), name) == known.end()) {
+            std::fprintf(stderr, "infosync-replay: --property: the library does not read %s%s\n",
+                         replay::printable(name).c_str(), guess.c_str());
+        }
+    }
+}
+
 void addOptions(CLI::App& app, Settings& settings) {
     app.add_option("log", settings.replay.path, "The capture log, or - for standard input")
             ->required()
             ->type_name("LOG");
-    app.add_option("--json", settings.replay.json,
-                   "Write each call that the service received to FILE as a line of JSON; - writes "
-                   "them to standard output in place of the report")
-            ->type_name("FILE");
+    auto* json = app.add_option("--json", settings.replay.json,
+                                "Write each call that the service received to FILE as a line of "
+                                "JSON; - writes "
+                                "them to standard output in place of the report")
+                         ->type_name("FILE");
+    app.add_flag("--records", settings.replay.records,
+                 "With --json: write each record that is flushed as a line, after its report")
+            ->needs(json);
     app.add_option("--repeat", settings.replay.repeat,
                    "Play the log N times; image names end in #2 in the second round, and so on")
             ->check(CLI::Range(uint32_t{1}, UINT32_MAX - 1))
@@ -63,8 +86,10 @@ void addOptions(CLI::App& app, Settings& settings) {
     app.add_option("--answer", settings.replay.answer,
                    "What the service answers to every command, instead of \"enabled\"")
             ->type_name("TEXT");
-    app.add_option("--image", settings.replay.images,
-                   "Play only the captures of this name, and what belongs to none; may be repeated")
+    app.add_option(
+               "--image", settings.replay.view.images,
+               "Play only the captures of this name, and what belongs to none, and show the full "
+               "report on them; may be repeated")
             ->type_name("NAME")
             ->allow_extra_args(false);
     app.add_flag("--timing", settings.replay.timing, "Keep the gaps that were recorded");
@@ -75,7 +100,8 @@ void addOptions(CLI::App& app, Settings& settings) {
                    "The least level that the library logs to standard error, instead of warn")
             ->check(CLI::IsMember({"debug", "info", "warn", "error", "silent"}))
             ->type_name("LEVEL");
-    app.add_flag("--quiet", settings.replay.quiet, "No report and no progress bar");
+    app.add_flag("--quiet", settings.replay.view.quiet, "No report and no progress bar");
+    view::addViewOptions(app, settings.replay.view);
     app.set_version_flag("--version", INFOSYNC_VERSION);
 }
 
@@ -137,20 +163,22 @@ std::string playerPath() {
                    : folder / INFOSYNC_PLAYER_FOLDER / INFOSYNC_PLAYER;
 }
 
-// Loads the player. The library prints a line to standard output meanwhile; it goes to standard
-// error, since what follows may be read by a program.
-void* loadPlayer() {
+// Loads the player. The library prints a line to standard output meanwhile, which helps to find
+// out why a service is not found, and is nothing that a program that reads the output knows.
+void* loadPlayer(bool showsLine) {
     const int output = dup(STDOUT_FILENO);
-    dup2(STDERR_FILENO, STDOUT_FILENO);
+    const int instead = showsLine ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY);
+    dup2(instead, STDOUT_FILENO);
     void* player = dlopen(playerPath().c_str(), RTLD_NOW);
     std::cout.flush();
     dup2(output, STDOUT_FILENO);
     close(output);
+    close(instead);
     return player;
 }
 
-int play(const ReplayOptions& options) {
-    void* player = loadPlayer();
+int play(const ReplayOptions& options, bool showsLine) {
+    void* player = loadPlayer(showsLine);
     auto* entry = player != nullptr ? reinterpret_cast<InfosyncPlay*>(dlsym(player, kInfosyncPlay))
                                     : nullptr;
     if (entry == nullptr) {
@@ -170,7 +198,7 @@ int openAndPlay(Settings& settings) {
             return replay::kUnusable;
         }
         setEnvironment(settings);
-        return play(options);
+        return play(options, settings.logLevel == "debug");
     } catch (const std::exception& error) {
         const std::string text = replay::printable(error.what());
         std::fprintf(stderr, "infosync-replay: %s\n", text.c_str());
@@ -188,6 +216,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? replay::kPlayed : replay::kUnusable;
     }
+    warnOfMisspelling(settings);
     return openAndPlay(settings);
 }
 

@@ -8,7 +8,7 @@ namespace view {
 
 bool Stage::isInstant() const {
     const bool isConstant = (number == 7 || number == 11) && ms == 0;
-    return number != 0 && number != 6 && !isConstant && ms >= 0;
+    return isKnown && number != 0 && number != 6 && !isConstant && ms >= 0;
 }
 
 bool Capture::hasFailed() const {

@@ -26,7 +26,8 @@ struct Value {
 struct Stage {
     uint32_t number;  // 0 to 14
     std::string name;
-    int64_t ms;  // since the record was created; -1 for stage 0, which has no time
+    int64_t ms;           // since the record was created; -1 for stage 0, which has no time
+    bool isKnown = true;  // `ms` is what was measured, and not -1 in its place
 
     // Whether `ms` is a point of time: stage 6 is a difference, and 7 and 11 are usually constants.
     bool isInstant() const;

@@ -25,10 +25,15 @@ struct Session {
     Clock clock = Clock::kNone;
     // What makes the session's times those of the real clock, when added; if known.
     std::optional<int64_t> toReal;
-    std::map<std::string, std::string> switches;  // properties, service, collection: name to state
-    std::vector<Finding> findings;                // in the order of the sources
-    std::vector<std::string> notes;               // on the source itself, one line each
-    uint64_t calls = 0;                           // made, or seen in a log
+    // Properties, service and "collection", whether the library reports at all: name to state.
+    std::map<std::string, std::string> switches;
+    std::vector<Finding> findings;   // in the order of the sources
+    std::vector<std::string> notes;  // on the source itself, one line each
+    uint64_t calls = 0;              // made, or seen in a log
+    // Absent where the source cannot tell:
+    std::optional<uint64_t> flushes;
+    std::optional<uint64_t> reports;
+    std::optional<uint64_t> serviceCalls;
 };
 
 // Is given each capture once it is complete, and the session at the end. The order of the captures

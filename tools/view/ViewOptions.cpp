@@ -11,7 +11,7 @@ namespace view {
 void addViewOptions(CLI::App& app, ViewOptions& options) {
     app.add_flag("--summary", options.summary, "Show a line for each capture");
     app.add_flag("--failed", options.failed, "Show the full report on captures that have failed");
-    app.add_option("--sort", options.sort, "What the summary's lines are sorted by")
+    app.add_option("--sort", options.sort, "What the summary's lines are sorted by, worst first")
             ->check(CLI::IsMember({"time", "findings"}))
             ->type_name("KEY");
     app.add_option("--trace", options.trace, "Write a trace for trace viewers to FILE")

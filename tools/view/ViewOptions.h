@@ -12,9 +12,9 @@ class App;
 namespace view {
 
 struct ViewOptions {
-    bool summary = false;             // a line for each capture, however few there are
-    bool failed = false;              // the full report on those that have failed
-    std::string sort = "time";        // of the summary: "time" or "findings"
+    bool summary = false;  // a line for each capture, however few there are
+    bool failed = false;   // the full report on those that have failed
+    std::string sort;      // of the summary: "time", "findings", or empty: as they were registered
     std::vector<std::string> images;  // the full report on these
     bool quiet = false;               // nothing on the terminal
     std::string trace;                // files to write; empty: none

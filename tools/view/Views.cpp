@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 #include "Capture.h"
 #include "Finding.h"
+#include "TerminalStyle.h"
+#include "TerminalView.h"
+#include "Trace.h"
 #include "View.h"
 #include "ViewOptions.h"
 
@@ -20,7 +24,14 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 
 }  // namespace
 
-Views::Views(const ViewOptions& /*options*/, std::FILE* /*terminal*/) {}
+Views::Views(const ViewOptions& options, std::FILE* terminal) {
+    if (terminal != nullptr && !options.quiet) {
+        mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
+    }
+    if (!options.trace.empty()) {
+        mViews.push_back(std::make_unique<Trace>(options.trace));
+    }
+}
 
 void Views::add(const Capture& capture, const Session& session) {
     mHasFindings = mHasFindings || haveTrouble(capture.findings);

@@ -1,0 +1,36 @@
+// Writes views of made captures: MakeViews ordinary|hostile NUMBER TRACE PAGE; "" leaves one out.
+
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "MadeCaptures.h"
+#include "View.h"
+#include "ViewOptions.h"
+#include "Views.h"
+
+int main(int argc, char** argv) try {
+    if (argc != 5) {
+        std::cerr << "usage: infosync-make-views ordinary|hostile NUMBER TRACE PAGE\n";
+        return 2;
+    }
+    const bool isHostile = std::string(argv[1]) == "hostile";
+    const uint64_t number = std::strtoull(argv[2], nullptr, 10);
+    view::ViewOptions options;
+    options.trace = argv[3];
+    options.html = argv[4];
+    const view::Session session = view::madeSession(isHostile);
+    view::Views views(options, nullptr);
+    // The second comes first: the order is that of their ends.
+    for (uint64_t i = 1; i <= number; ++i) {
+        const uint64_t next = i % 2 == 0 ? i - 1 : i < number ? i + 1 : i;
+        views.add(isHostile ? view::hostileCapture(next) : view::ordinaryCapture(next), session);
+    }
+    views.finish(session);
+    return 0;
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 2;
+}

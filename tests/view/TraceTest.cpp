@@ -1,0 +1,182 @@
+#include "Trace.h"
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Capture.h"
+#include "Finding.h"
+#include "NewFile.h"
+#include "View.h"
+
+namespace view {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int64_t kMs = 1'000'000;
+
+class Folder : public testing::Test {
+  protected:
+    void SetUp() override { fs::create_directory(mFolder); }
+    void TearDown() override { fs::remove_all(mFolder); }
+
+    std::string path(const std::string& name) const { return (mFolder / name).string(); }
+    static std::string contentOf(const std::string& path) {
+        std::ostringstream content;
+        content << std::ifstream(path).rdbuf();
+        return content.str();
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(mFolder)) {
+            names.push_back(entry.path().filename());
+        }
+        return names;
+    }
+    // What the file's writer says; empty if it says nothing.
+    template <typename Action>
+    static std::string complaintOf(Action action) {
+        try {
+            action();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+  private:
+    const fs::path mFolder = fs::path(testing::TempDir()) / ("view-" + std::to_string(getpid()));
+};
+
+using NewFileTest = Folder;
+using TraceTest = Folder;
+using Names = std::vector<std::string>;
+
+TEST_F(NewFileTest, AppearsWhenItIsFinishedAndNotBefore) {
+    std::ofstream(path("target")) << "before";
+    fs::create_symlink(path("target"), path("link"));
+    {
+        NewFile file(path("link"));
+        file.write("lost");
+    }
+    EXPECT_EQ(contentOf(path("target")), "before");
+    NewFile one(path("link"));
+    NewFile other(path(std::string(255, 'n')));
+    one.write("one");
+    other.write("other");
+    EXPECT_EQ(contentOf(path("target")), "before");
+    one.finish();
+    other.finish();
+    EXPECT_EQ(contentOf(path("target")), "one");
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    EXPECT_EQ(contentOf(path(std::string(255, 'n'))), "other");
+    EXPECT_EQ(names().size(), 3U);
+}
+
+TEST_F(NewFileTest, LeavesDevicesInTheirPlaceAndTheSourceAlone) {
+    NewFile device("/dev/null");
+    device.write("text");
+    device.finish();
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+
+    std::ofstream(path("log")) << "log";
+    fs::create_hard_link(path("log"), path("same"));
+    const NewFile file(path("same"));
+    EXPECT_EQ(complaintOf([&] {
+                  file.refuse({"-", path("log")});
+              }),
+              path("same") + ": has been read, and would be overwritten");
+}
+
+TEST_F(NewFileTest, SaysWhatFailsAndLeavesNothing) {
+    const std::string missing = path("none/file");
+    EXPECT_EQ(complaintOf([&] { const NewFile file(missing); }),
+              missing + ": cannot be opened for writing: No such file or directory");
+    EXPECT_EQ(complaintOf([&] { const NewFile file(path("")); }),
+              path("") + ": cannot be opened for writing: Is a directory");
+
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{1 << 16, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(complaintOf([&] {
+                  NewFile file(path("large"));
+                  for (int i = 0; i < 100; ++i) {
+                      file.write(std::string(1000, 'x'));
+                  }
+                  file.finish();
+              }),
+              path("large") + ": cannot be written: File too large");
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(names(), Names());
+}
+
+Capture smallCapture() {
+    Capture capture;
+    capture.number = 3;
+    capture.name = "IMG</script>";
+    capture.process = "hal";
+    capture.isRegistered = capture.isFlushed = true;
+    capture.registered = 5000 * kMs;
+    capture.flushed = 5100 * kMs + 7;
+    capture.removed = 5110 * kMs;
+    capture.cameras = {{0, 3}};
+    capture.values = {{Value::Group::kAutomatics, "iso", "125", true}};
+    capture.stages = {{{1, "2request_to_vendor", 5}}};
+    Node node;
+    node.name = "mfnr";
+    node.start = 5010;
+    node.completion = 5040.5;
+    node.place = {0, 7};
+    capture.nodes = {node};
+    capture.calls = {{"updateUIInfo", "algo", 9, 5020 * kMs, {1, 8}, false}};
+    capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, 5050 * kMs}};
+    return capture;
+}
+
+TEST_F(TraceTest, WritesEachLaneAsAThread) {
+    Session session;
+    session.clock = Clock::kMonotonic;
+    session.sources = {"a.jsonl", "b.jsonl"};
+    Capture noTimes;
+    noTimes.name = "none";
+    Capture nodesOnly;
+    nodesOnly.number = 4;
+    nodesOnly.name = "nodes";
+    nodesOnly.nodes = smallCapture().nodes;
+    Trace trace(path("trace"));
+    trace.add(noTimes, session);
+    trace.add(nodesOnly, session);
+    trace.add(smallCapture(), session);
+    Capture early;
+    early.number = 1;
+    early.name = "early";
+    early.registered = 4999 * kMs;
+    trace.add(early, session);
+    trace.finish(session);
+    EXPECT_EQ(contentOf(path("trace")), contentOf(INFOSYNC_EXPECTED_TRACE));
+}
+
+TEST_F(TraceTest, WithoutCapturesIsATrace) {
+    Trace trace(path("trace"));
+    trace.finish(Session());
+    EXPECT_EQ(contentOf(path("trace")),
+              "{\"displayTimeUnit\":\"ms\",\"traceEvents\":[\n],\"metadata\":{\"clock\":\"none\","
+              "\"sources\":[],\"captures_without_times\":0}}\n");
+}
+
+}  // namespace
+}  // namespace view

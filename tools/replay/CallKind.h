@@ -1,0 +1,44 @@
+// Tells the library's operations apart by what they do to a record.
+
+#pragma once
+
+#include "CaptureLog.h"
+
+namespace replay {
+
+enum class CallKind {
+    kRegister,
+    kUnregister,
+    kFlush,
+    kRequest,
+    kFrame,
+    kRequestInfo,
+    kUserInterface,
+    kAutomatics,
+    kAnchorFrame,
+    kResult,
+    kAllResults,
+    kAlgorithmList,
+    kAllAlgorithms,
+    kErrorText,
+    kPostProcessing,  // belongs to no record
+    kStage,
+    kStages,
+    kNodeTimes,
+    kNodeState,
+    kNodeStates,
+};
+
+CallKind kindOf(const CaptureStep& step);
+
+// Whether the service is asked first.
+inline bool isSwitched(CallKind kind) {
+    return kind <= CallKind::kFlush;
+}
+inline bool isUpdate(CallKind kind) {
+    return kind > CallKind::kRequest;
+}
+// Whether the record is found by its frame's name.
+bool goesByFrame(CallKind kind);
+
+}  // namespace replay

@@ -1,0 +1,107 @@
+#include "CallRules.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "CallKind.h"
+#include "CaptureContent.h"
+#include "CaptureLog.h"
+#include "Finding.h"
+#include "FindingList.h"
+#include "InfoSyncType.h"
+#include "RequestRecord.h"
+#include "Spelling.h"
+#include "TrackedCapture.h"
+
+namespace replay {
+namespace {
+
+using view::FindingKind;
+
+view::Finding finding(const CaptureStep& step, FindingKind kind, const std::string& text) {
+    const std::string operation(step.operation);
+    const Origin origin = originOf(step);
+    return {kind, operation + ": " + text, operation, origin.place, origin.at};
+}
+
+// Whether a code is not one of the first `count`.
+bool isOut(const CaptureStep& step, size_t count) {
+    const int64_t code = step.arguments.code.value_or(0);
+    return code < 0 || static_cast<uint64_t>(code) >= count;
+}
+
+std::optional<view::Finding> checkCode(const CaptureStep& step, FindingKind kind, const char* what,
+                                       size_t count) {
+    if (!isOut(step, count)) {
+        return std::nullopt;
+    }
+    return finding(step, kind,
+                   std::string(what) + ' ' + std::to_string(*step.arguments.code) +
+                           " is none; they go from 0 to " + std::to_string(count - 1));
+}
+
+std::optional<view::Finding> checkType(const CaptureStep& step, bool isKnown, const char* known) {
+    if (isKnown) {
+        return std::nullopt;
+    }
+    return finding(step, FindingKind::kNoReportType,
+                   "type " + std::to_string(step.arguments.code.value_or(0)) + known);
+}
+
+}  // namespace
+
+std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind) {
+    if (step.onOtherManager && isUpdate(kind) && kind != CallKind::kPostProcessing) {
+        return finding(step, FindingKind::kOtherManager,
+                       "made on the manager of GetInstance(), which has no captures");
+    }
+    if (step.arguments.isNull) {
+        return finding(step, FindingKind::kNothingGiven, "null is given where there must be more");
+    }
+    const int64_t type = step.arguments.code.value_or(0);
+    switch (kind) {
+        case CallKind::kFlush:
+            return checkType(step, type == camInfosync::INFO_SYNC_TYPE_COLLECT,
+                             " reports nothing; 0 does");
+        case CallKind::kRequest:
+            return checkType(step, type >= 0 && type < camInfosync::INFO_SYNC_TYPE_MAX,
+                             " does nothing; 0, 1 and 2 do");
+        case CallKind::kResult:
+            return checkCode(step, FindingKind::kCodeOutOfRange, "error code",
+                             std::size(camInfosync::ResultErrorCodeToChar));
+        case CallKind::kNodeState:
+            return checkCode(step, FindingKind::kStateOutOfRange, "state",
+                             std::size(camInfosync::NodeProcInfoToChar));
+        case CallKind::kStage:
+            return checkCode(step, FindingKind::kStageOutOfRange, "stage",
+                             std::size(camInfosync::TimeStageToChar));
+        default:
+            return std::nullopt;
+    }
+}
+
+std::vector<view::Finding> unknownStages(const CaptureStep& step, CallKind kind) {
+    std::vector<view::Finding> findings;
+    if (kind != CallKind::kStages) {
+        return findings;
+    }
+    const std::vector<std::string_view> stages(std::begin(camInfosync::TimeStageToChar),
+                                               std::end(camInfosync::TimeStageToChar));
+    for (const std::string& name : step.arguments.names) {
+        if (std::find(stages.begin(), stages.end(), name) == stages.end()) {
+            findings.push_back(
+                    finding(step, FindingKind::kUnknownStageName,
+                            shortened(name) + " is no stage's name" + didYouMean(name, stages)));
+        }
+    }
+    return findings;
+}
+
+}  // namespace replay

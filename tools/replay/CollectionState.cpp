@@ -1,0 +1,109 @@
+#include "CollectionState.h"
+
+#include <cstddef>
+#include <cstring>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "FindingList.h"
+#include "HostRoot.h"
+#include "InfoSynchronizer.h"
+#include "InfoSynchronizerManager.h"
+#include "PropertyNames.h"
+
+namespace replay {
+namespace {
+
+constexpr size_t kLongestAnswer = 60;
+constexpr char kEnabled[] = "enabled";
+
+std::string quoted(const std::string& answer) {
+    return '"' + shortened(answer, kLongestAnswer) + '"';
+}
+
+}  // namespace
+
+bool isSupported() {
+    return camInfosync::camQuillSupported;
+}
+
+bool isForced() {
+    return camInfosync::infoSyncCollectForceEnabled;
+}
+
+bool hasService() {
+    return camInfosync::InfoSynchronizer::mIntentAwareImpl != nullptr;
+}
+
+std::string collectionState(const CollectionAnswer& answer) {
+    if (!isSupported()) {
+        return std::string("off: ") + kSupportedProperty + " is not true";
+    }
+    if (isForced()) {
+        return std::string("on: forced by ") + kForcedProperty;
+    }
+    if (!hasService()) {
+        return "off: there is no service to ask";
+    }
+    const std::string state = answer.first == kEnabled ? "on" : "off";
+    const std::string text = ": the service answers " + quoted(answer.first);
+    return answer.changes == 0 ? state + text
+                               : state + " at first" + text + ", and changes its answer " +
+                                         std::to_string(answer.changes) + " times";
+}
+
+std::optional<CollectionSwitchOff> switchThatIsOff(const std::optional<std::string>& answer,
+                                                   bool serviceThrew) {
+    if (serviceThrew) {
+        return CollectionSwitchOff::kServiceThrew;
+    }
+    if (!isSupported()) {
+        return CollectionSwitchOff::kNotSupported;
+    }
+    if (isForced()) {
+        return std::nullopt;
+    }
+    if (!hasService()) {
+        return CollectionSwitchOff::kNoService;
+    }
+    // Compared as the library does: up to a zero byte.
+    const bool isOn = !answer || std::strcmp(answer->c_str(), kEnabled) == 0;
+    return isOn ? std::nullopt : std::optional(CollectionSwitchOff::kAnswer);
+}
+
+std::string reasonOf(CollectionSwitchOff which, const std::string& answer) {
+    switch (which) {
+        case CollectionSwitchOff::kNotSupported:
+            return std::string("collection is off: ") + kSupportedProperty + " is not true";
+        case CollectionSwitchOff::kNoService:
+            return std::string("collection is off: there is no service to ask, and ") +
+                   kForcedProperty + " is not true";
+        case CollectionSwitchOff::kAnswer:
+            return "collection is off: the service answers " + quoted(answer);
+        case CollectionSwitchOff::kServiceThrew:
+            return "the service throws when it is asked whether to collect";
+    }
+    return {};
+}
+
+std::string remedyOf(CollectionSwitchOff which) {
+    switch (which) {
+        case CollectionSwitchOff::kNotSupported: {
+            const std::string path = hostRoot() + "/build.prop";
+            const std::string absent = std::ifstream(path).is_open()
+                                               ? std::string()
+                                               : "; no build.prop found: " + path;
+            return std::string("--property ") + kSupportedProperty + "=true turns it on" + absent;
+        }
+        case CollectionSwitchOff::kNoService:
+            return std::string("--property ") + kForcedProperty + "=true turns it on";
+        case CollectionSwitchOff::kAnswer:
+            return "--answer enabled turns it on";
+        case CollectionSwitchOff::kServiceThrew:
+            return "--answer enabled answers in its place";
+    }
+    return {};
+}
+
+}  // namespace replay

@@ -1,0 +1,126 @@
+#include "ToldErrors.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <iterator>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "CallKind.h"
+#include "CaptureLog.h"
+#include "Finding.h"
+#include "FindingList.h"
+#include "RequestRecord.h"
+#include "TrackedCapture.h"
+
+namespace replay {
+namespace {
+
+using camInfosync::RequestRecord;
+using view::FindingKind;
+
+constexpr double kTimedOut = -1.0;
+
+// Whether it is one of the library's texts for an error, the first of which means that all is well.
+template <size_t Count>
+bool isErrorText(const char* const (&texts)[Count], const std::string& text) {
+    return std::find(std::next(std::begin(texts)), std::end(texts), text) != std::end(texts);
+}
+
+// Collects the errors that one call tells of.
+class ErrorFindings {
+  public:
+    ErrorFindings(const CaptureStep& step, std::vector<view::Finding>& findings)
+        : mOrigin(originOf(step)), mFindings(findings) {}
+
+    void add(FindingKind kind, const std::string& subject, std::string text) {
+        mFindings.push_back({kind, std::move(text), subject, mOrigin.place, mOrigin.at});
+    }
+    void addResult(const std::string& id, const std::string& text) {
+        add(FindingKind::kVendorError, id, "vendor result " + id + ": " + shortened(text));
+    }
+    void addState(const std::string& node, const std::string& state) {
+        add(FindingKind::kNodeError, node, "node " + shortened(node) + ": " + shortened(state));
+    }
+    void addTimeOut(const std::string& node) {
+        add(FindingKind::kNodeTimeOut, node, "node " + shortened(node) + " timed out");
+    }
+
+  private:
+    const Origin mOrigin;
+    std::vector<view::Finding>& mFindings;
+};
+
+// Of calls with a code, which the library counts as errors.
+void addCounted(const CaptureStep& step, CallKind kind, const RequestRecord& record,
+                ErrorFindings& errors) {
+    const std::vector<std::string>& names = step.arguments.names;
+    switch (kind) {
+        case CallKind::kResult:
+            errors.addResult(names.at(0), camInfosync::ResultErrorCodeToChar[*step.arguments.code]);
+            break;
+        case CallKind::kNodeState:
+            errors.addState(names.at(0), camInfosync::NodeProcInfoToChar[*step.arguments.code]);
+            break;
+        case CallKind::kNodeTimes:
+            errors.addTimeOut(names.at(0));
+            break;
+        default:
+            errors.add(FindingKind::kErrorText, {}, shortened(record.errorInfo.back()));
+            break;
+    }
+}
+
+void addStates(const std::vector<std::string>& nodes, const RequestRecord& record,
+               ErrorFindings& errors) {
+    const auto& states = record.snapshotInfo.zuAlgoInfo.algoState;
+    for (const std::string& node : nodes) {
+        const auto state = states.find(node);
+        if (state != states.end() && isErrorText(camInfosync::NodeProcInfoToChar, state->second)) {
+            errors.addState(node, state->second);
+        }
+    }
+}
+
+void addAllAlgorithms(const RequestRecord& record, ErrorFindings& errors) {
+    const auto& algo = record.snapshotInfo.zuAlgoInfo;
+    for (const auto& [node, time] : algo.algoTimeB) {
+        if (time == kTimedOut) {
+            errors.addTimeOut(node);
+        }
+    }
+    for (const auto& [node, state] : algo.algoState) {
+        if (isErrorText(camInfosync::NodeProcInfoToChar, state)) {
+            errors.addState(node, state);
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<view::Finding> toldErrors(const CaptureStep& step, CallKind kind,
+                                      const RequestRecord& record, size_t errorsBefore) {
+    std::vector<view::Finding> findings;
+    ErrorFindings errors(step, findings);
+    if (record.errorInfo.size() > errorsBefore) {
+        addCounted(step, kind, record, errors);
+    }
+    // What is told in texts is an error all the same.
+    if (kind == CallKind::kAllResults) {
+        for (const auto& [id, text] : record.snapshotInfo.vendorResultInfo) {
+            if (isErrorText(camInfosync::ResultErrorCodeToChar, text)) {
+                errors.addResult(std::to_string(id), text);
+            }
+        }
+    } else if (kind == CallKind::kAllAlgorithms) {
+        addAllAlgorithms(record, errors);
+    } else if (kind == CallKind::kNodeStates) {
+        addStates(step.arguments.names, record, errors);
+    }
+    return findings;
+}
+
+}  // namespace replay

@@ -1,0 +1,84 @@
+#include "SessionTotals.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Capture.h"
+#include "Finding.h"
+#include "Section.h"
+#include "TerminalStyle.h"
+#include "TerminalText.h"
+#include "View.h"
+
+namespace view {
+namespace {
+
+constexpr size_t kMostNames = 10;
+constexpr size_t kLongestName = 60;
+
+// A switch that is off is no call.
+uint64_t callsWithoutEffect(const std::vector<Finding>& findings) {
+    return static_cast<uint64_t>(
+            std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
+                return meansNoEffect(finding.kind) && finding.kind != FindingKind::kCollectionOff;
+            }));
+}
+
+std::string numberOf(std::optional<uint64_t> count) {
+    return count ? std::to_string(*count) : kNotKnown;
+}
+
+}  // namespace
+
+void SessionTotals::Names::add(const std::string& name, const std::string& more) {
+    ++count;
+    if (first.size() < kMostNames) {
+        first.push_back(withoutMiddle(safeName(name), kLongestName, TerminalStyle()) + more);
+    }
+}
+
+std::string SessionTotals::Names::text() const {
+    const std::string more = ", ... and " + std::to_string(count - first.size()) + " more";
+    return std::to_string(count) + (count == 0 ? "" : ": " + joined(first)) +
+           (count > first.size() ? more : "");
+}
+
+void SessionTotals::add(const Capture& capture) {
+    ++mCaptures;
+    mNoEffects += callsWithoutEffect(capture.findings);
+    const auto errors =
+            std::count_if(capture.findings.begin(), capture.findings.end(),
+                          [](const Finding& finding) { return meansFailure(finding.kind); });
+    if (errors != 0) {
+        mFailed.add(capture.name, " (" + counted(static_cast<uint64_t>(errors), "failure") + ")");
+    }
+    if (capture.isRegistered && !capture.isRemoved) {
+        mLeft.add(capture.name, "");
+    }
+}
+
+std::string SessionTotals::line(const Session& session) const {
+    const uint64_t calls = mNoEffects + callsWithoutEffect(session.findings);
+    return counted(mCaptures, "capture") + ", " + std::to_string(mFailed.count) + " failed, " +
+           counted(calls, "call") + " without effect";
+}
+
+std::string SessionTotals::text(const Session& session) const {
+    const auto collection = session.switches.find("collection");
+    Section section("totals", 0);
+    section.add("collection",
+                collection != session.switches.end() ? safe(collection->second) : kNotKnown);
+    section.add("calls made", std::to_string(session.calls));
+    section.add("flush calls", numberOf(session.flushes));
+    section.add("reports", numberOf(session.reports));
+    section.add("service calls", numberOf(session.serviceCalls));
+    section.add("records left", mLeft.text());
+    section.add("failed captures", mFailed.text());
+    return section.text();
+}
+
+}  // namespace view
