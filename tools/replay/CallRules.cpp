@@ -55,6 +55,15 @@ std::optional<view::Finding> checkType(const CaptureStep& step, bool isKnown, co
                    "type " + std::to_string(step.arguments.code.value_or(0)) + known);
 }
 
+std::string whatIsNull(const CaptureStep& step) {
+    if (step.operation != "request") {
+        return "the text";
+    }
+    return step.arguments.code == camInfosync::INFO_SYNC_TYPE_CMD
+                   ? "the key or the place for the result"
+                   : "the record";
+}
+
 }  // namespace
 
 std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind) {
@@ -63,7 +72,7 @@ std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind)
                        "made on the manager of GetInstance(), which has no captures");
     }
     if (step.arguments.isNull) {
-        return finding(step, FindingKind::kNothingGiven, "null is given where there must be more");
+        return finding(step, FindingKind::kNothingGiven, "null is given for " + whatIsNull(step));
     }
     const int64_t type = step.arguments.code.value_or(0);
     switch (kind) {

@@ -42,17 +42,14 @@ CaptureObserver::CaptureObserver(view::View& view, view::Session session, const 
 void CaptureObserver::around(const CaptureStep& step, const std::function<void()>& call) {
     Observation observed(*this, step);
     // Of the others, those wait that take the queue's mutex anyway and ask nobody before.
-    const bool waits =
-            (isUpdate(observed.kind) && !uselessCall(step, observed.kind)) ||
-            (isSwitched(observed.kind) && observed.kind != CallKind::kFlush && !hasService());
+    const bool updates = isUpdate(observed.kind) && !observed.useless;
+    const bool waits = updates || (asksOnly(observed.kind) && !hasService());
     observed.lock.lock();
     observed.before = look(step, observed.kind);
-    if (observed.before.record != nullptr && isUpdate(observed.kind)) {
+    if (updates && observed.before.record != nullptr) {
         TrackedCapture& capture = track(observed.before.name, observed.before.record);
-        if (observed.kind == CallKind::kStage || observed.kind == CallKind::kStages) {
-            capture.noteStage(step, observed.kind);
-            noteDeskTimes(capture);
-        }
+        capture.noteStage(step, observed.kind);
+        noteDeskTimes(capture);
     }
     if (!waits) {
         observed.lock.unlock();
@@ -67,12 +64,12 @@ void CaptureObserver::around(const CaptureStep& step, const std::function<void()
 // From here to the call's end, a registration or unregistration asks nobody.
 void CaptureObserver::answered(const std::string& key, const std::string* answer) {
     Observation* call = Observation::current();
-    if (call == nullptr || key != kCollectionKey || !isSwitched(call->kind)) {
+    if (call == nullptr || key != kCollectionKey) {
         return;
     }
     call->serviceThrew = answer == nullptr;
     call->answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
-    if (call->kind != CallKind::kFlush && !call->lock.owns_lock()) {
+    if (asksOnly(call->kind) && !call->lock.owns_lock()) {
         call->lock.lock();
         call->before = call->owner.look(call->step, call->kind);
     }
@@ -186,8 +183,8 @@ void CaptureObserver::judgeFlush(Observation& call) {
     if (!judgeSwitch(call)) {
         return;
     }
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        addUseless(call, *std::move(useless));
+    if (call.useless) {
+        addUseless(call, *std::move(call.useless));
         return;
     }
     // Without a service that shows its calls, only a look before the flush tells whether there was
@@ -208,8 +205,8 @@ void CaptureObserver::judgeFlush(Observation& call) {
 }
 
 void CaptureObserver::judgeRequest(Observation& call) {
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        mFindings.add(*std::move(useless));
+    if (call.useless) {
+        mFindings.add(*std::move(call.useless));
         return;
     }
     const RecordPointer& record = call.step.arguments.record;
@@ -222,6 +219,7 @@ void CaptureObserver::judgeRequest(Observation& call) {
     TrackedCapture own(mRegistered + 1, name, record);
     if (capture == nullptr) {
         mRegistered += 1;
+        own.noteGiven(call.step);
         capture = &own;
     }
     for (view::Report& report : call.requested) {
@@ -233,8 +231,8 @@ void CaptureObserver::judgeRequest(Observation& call) {
 }
 
 void CaptureObserver::judgeUpdate(Observation& call) {
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        addUseless(call, *std::move(useless));
+    if (call.useless) {
+        addUseless(call, *std::move(call.useless));
         return;
     }
     if (call.kind == CallKind::kPostProcessing) {

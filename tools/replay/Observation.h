@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CallKind.h"
+#include "CallRules.h"
 #include "Capture.h"
 #include "CaptureLog.h"
 #include "CaptureObserver.h"
@@ -21,6 +22,7 @@ class CaptureObserver::Observation {
         : owner(observer),
           step(observed),
           kind(kindOf(observed)),
+          useless(uselessCall(step, kind)),
           lock(observer.mMutex, std::defer_lock),
           mOuter(innermost) {
         innermost = this;
@@ -34,6 +36,7 @@ class CaptureObserver::Observation {
     CaptureObserver& owner;
     const CaptureStep& step;
     const CallKind kind;
+    std::optional<view::Finding> useless;  // why the call has no effect whatever it meets
     std::unique_lock<std::mutex> lock;  // from when on nobody else can change what the call meets
     Look before;
     std::optional<std::string> answer;  // of the service
