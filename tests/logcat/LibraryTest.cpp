@@ -108,7 +108,7 @@ class Library : public testing::Test {
 TEST_F(Library, ScenariosAreToldAlikeInAllFormats) {
     playScenarios();
     const Seen reference = readLogged({"threadtime"});
-    ASSERT_EQ(11, reference.captures.size());
+    ASSERT_EQ(11U, reference.captures.size());
     for (const std::vector<std::string>& formats :
          {std::vector<std::string>{"threadtime", "year", "zone", "uid"},
           {"threadtime", "epoch", "usec"},
@@ -147,12 +147,12 @@ TEST_F(Library, CaptureWithTroubleIsToldWhole) {
   snapshotRequestInfoFlush 4242
   no effect: snapshotRequestInfoFlush 4242
   unregisterSnapshotRequestRecord 4242
-  no_report_type snapshotRequestInfoFlush@42: reported nothing: only type 0 does
+  no_report_type snapshotRequestInfoFlush@42: snapshotRequestInfoFlush: reported nothing; type 0 does
 )",
               textOf(seen.captures[1]));
     EXPECT_EQ(
-            "  vendor_error updateVndResultInfo@24: error_request; the line does not tell of which "
-            "capture\n",
+            "  vendor_error @24: vendor result error_request, of a capture that the line does not "
+            "tell\n",
             textOf(seen.session.findings));
     EXPECT_EQ("on: the service answers \"enabled\"", seen.session.switches["collection"]);
 }

@@ -125,21 +125,21 @@ TEST(Builder, TellsWhichCallsHadNoEffect) {
     log.removes("IMG_1001", 0).switchedOn().flushed("IMG_1002");
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(IMG_1001
-  before_frame_info updateZuAlgoInfo@2: goes by the frame's name, which updateFrameInfo has not given yet
-  other_manager updateNodeProcTime@8: found no record; on the manager of GetInstance(), which has none?
-  already_registered emplace_back@9: is registered already
-  nothing_given updateSnapshotErrorInfo@13: no error text was given
-  no_report_type snapshotRequestInfoFlush@16: reported nothing: only type 0 does
+  before_frame_info updateZuAlgoInfo@2: updateZuAlgoInfo: goes by the frame's name, which updateFrameInfo has not given yet
+  other_manager updateNodeProcTime@8: updateNodeProcTime: found no record; on the manager of GetInstance(), which has none?
+  already_registered registerSnapshotRequestRecord@9: registerSnapshotRequestRecord: registered already
+  nothing_given updateSnapshotErrorInfo@13: updateSnapshotErrorInfo: no error text is given
+  no_report_type snapshotRequestInfoFlush@16: snapshotRequestInfoFlush: reported nothing; type 0 does
 session
-  unknown_name updateUIInfo@4: IMG_1010: there is no record of that name; did you mean IMG_1001?
-  unknown_name updateFrameInfo@5: IMG_1010: there is no record of that name; did you mean IMG_1001?
-  unknown_name updateZuAlgoInfo@7: else: there is no record of that name
-  code_out_of_range updateVndResultInfo@11: there is no code 7
-  state_out_of_range updateNodeProcState@12: there is no code -1
-  nothing_given requestCmd@14: null was given
-  after_removal updateSnapshotTimeInfo@21: IMG_1001: its record has been removed
-  after_removal remove@22: IMG_1001: its record has been removed
-  unknown_name snapshotRequestInfoFlush@25: IMG_1002: reported nothing: there is no record of that name; did you mean IMG_1001?
+  unknown_name updateUIInfo@4: IMG_1010: updateUIInfo: there is no record of that name; did you mean IMG_1001?
+  unknown_name updateFrameInfo@5: IMG_1010: updateFrameInfo: there is no record of that name; did you mean IMG_1001?
+  unknown_name updateZuAlgoInfo@7: else: updateZuAlgoInfo: there is no record of that name
+  code_out_of_range updateVndResultInfo@11: updateVndResultInfo: error code 7 is none; they go from 0 to 4
+  state_out_of_range updateNodeProcState@12: updateNodeProcState: state -1 is none; they go from 0 to 4
+  nothing_given requestCmd@14: requestCmd: null is given where there must be more
+  after_removal updateSnapshotTimeInfo@21: IMG_1001: updateSnapshotTimeInfo: its record has been removed
+  after_removal unregisterSnapshotRequestRecord@22: IMG_1001: unregisterSnapshotRequestRecord: its record has been removed
+  unknown_name snapshotRequestInfoFlush@25: IMG_1002: snapshotRequestInfoFlush: reported nothing: there is no record of that name; did you mean IMG_1001?
 )",
               findingsOf(seen));
 }
@@ -156,13 +156,13 @@ TEST(Builder, TellsWhatTheLogLacks) {
     log.add(kChattyTag, "uid=1047(camera) expire 1 line");
     EXPECT_EQ(R"(A
   gap @3: the report's first event is missing from the log
-  gap end@4: its start is missing from the log
   gap @3: the end of a flush is missing from the log
-  gap registerSnapshotRequestRecord@6: is registered again; the line of its removal is not in the log
-  no_completion lost@3: has started, and its completion is not in the log
+  no_completion lost@3: node lost has started, and its completion is not in the log
+  gap end@4: node end: its start is missing from the log
+  gap @6: registered again; the line of its removal is not in the log
 A
   gap @7: the logger has dropped lines of this process: expire 12 lines
-  gap remove@10: has no record any more; the line of its removal is not in the log
+  gap @10: has no record any more; the line of its removal is not in the log
 session
   gap @12: the logger has dropped lines of this process: expire 1 line
 )",
@@ -183,14 +183,14 @@ TEST(Builder, TiesAVendorErrorOnlyToTheOneCaptureThereIs) {
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(first
 third
-  never_flushed unregisterSnapshotRequestRecord@6: was removed without a flush
+  never_flushed @6: registered and never flushed
 second
-  vendor_error updateVndResultInfo@7: error_device
-  never_flushed @1: was not flushed by the end of the log
-  never_removed @1: was not removed by the end of the log
+  never_flushed @1: registered and not flushed by the end of the log
+  never_removed @1: not unregistered by the end of the log
+  vendor_error @7: vendor result error_device
 session
-  vendor_error updateVndResultInfo@2: error_device; the line does not tell of which capture
-  vendor_error updateVndResultInfo@5: error_device; the line does not tell of which capture
+  vendor_error @2: vendor result error_device, of a capture that the line does not tell
+  vendor_error @5: vendor result error_device, of a capture that the line does not tell
 )",
               findingsOf(seen));
     EXPECT_FALSE(seen.captures[0].isRegistered);
@@ -210,12 +210,12 @@ TEST(Builder, ShowsWhatWasCutAsCut) {
     const Seen seen = readLogs({log.text});
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ(
-            "  cut_event u@7: the log has the beginning of its name only\n"
-            "  never_flushed u@8: was removed without a flush\n",
-            textOf(seen.captures[0].findings).replace(12, 1, "u"));
+            "  cut_event @7: the log has the beginning of its name only\n"
+            "  never_flushed @8: registered and never flushed\n",
+            textOf(seen.captures[0].findings));
     const view::Capture& capture = seen.captures[1];
-    EXPECT_EQ(view::FindingKind::kCutEvent, capture.findings.at(0).kind);
-    EXPECT_EQ(cut("stime {\"" + node).substr(8), capture.findings.at(0).subject);
+    EXPECT_EQ(view::FindingKind::kCutEvent, capture.findings.at(1).kind);
+    EXPECT_EQ(cut("stime {\"" + node).substr(8), capture.findings.at(1).subject);
     ASSERT_EQ(1, capture.reports.size());
     const std::vector<view::Report::Event>& events = capture.reports[0].events;
     EXPECT_TRUE(!events[0].isCut && events[1].isCut && !events[2].isCut);
@@ -237,18 +237,18 @@ TEST(Builder, KeepsProcessesAndThreadsApart) {
   registerSnapshotRequestRecord 2
   snapshotRequestInfoFlush 1
   unregisterSnapshotRequestRecord 2
-  no_completion n@7: has started, and its completion is not in the log
+  no_completion n@7: node n has started, and its completion is not in the log
 2 B in 77: 2 ? ?
   registerSnapshotRequestRecord 1
-  never_flushed @3: was not flushed by the end of the log
-  never_removed @3: was not removed by the end of the log
+  never_flushed @3: registered and not flushed by the end of the log
+  never_removed @3: not unregistered by the end of the log
 3 C in 12: ? ? ?
   timestamp 99
   camIds[0] 3
   node m":{"pipeline_name":"B 5 -
   report of 2 events
-  never_removed @6: was not removed by the end of the log
-  no_completion m":{"pipeline_name":"B@8: has started, and its completion is not in the log
+  never_removed @6: not unregistered by the end of the log
+  no_completion m":{"pipeline_name":"B@8: node m":{"pipeline_name":"B has started, and its completion is not in the log
 session
 )",
               textOf(readLogs({log.text})));
@@ -268,10 +268,10 @@ TEST(Builder, SaysOnceWhatIsSwitchedOffAndThatThereIsNoService) {
     log.registers("A", 1).switchedOn().submits("A").flushed("A").removes("A", 0);
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(A
-  no_service @9: was reported to nobody: there is no service
+  no_service @9: reported to nobody: there is no service
 session
-  collection_off snapshotRequestInfoFlush@3: collection is off: persist.vendor.camera.camquill.supported is not set
-  collection_off snapshotRequestInfoFlush@5: collection is off: the service answers "no" to snapshotInfoCollectEnable, not "enabled", and persist.vendor.camera.infoSyncCollect.forceEnabled is not set
+  collection_off @3: collection is off: persist.vendor.camera.camquill.supported is not true
+  collection_off @5: collection is off: the service answers "no" to snapshotInfoCollectEnable, not "enabled", and persist.vendor.camera.infoSyncCollect.forceEnabled is not true
 )",
               findingsOf(seen));
     EXPECT_EQ("none", seen.session.switches.at("service"));

@@ -1,8 +1,10 @@
 #include "CaptureBuilder.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,30 +21,28 @@ namespace {
 
 using view::FindingKind;
 
-void addCall(OpenCapture& open, const Entry& entry, bool hadEffect = true) {
-    open.capture.calls.push_back(
-            {entry.message.operation, {}, entry.tid, entry.at, entry.place, hadEffect});
+// Whether the thread's last message was of that kind, on the same image.
+bool isAfter(const Thread& thread, Message::Kind kind, const Entry& entry) {
+    return thread.last && thread.last->kind == kind && thread.last->name == entry.message.name;
 }
 
-// Whether the thread's last message was this warning on the same image, by `operation`.
-bool isAfter(const Thread& thread, Message::Kind warning, const Entry& entry) {
-    return thread.warning && thread.warning->kind == warning &&
-           thread.warning->name == entry.message.name;
+using Stages = std::vector<view::Stage>;
+
+constexpr uint32_t kStages = 15;
+
+// The number that a stage's name begins with, from 1 to 15; UINT32_MAX if it is no stage's.
+uint32_t stageNumber(std::string_view name) {
+    uint32_t number = 0;
+    std::from_chars(name.data(), name.data() + name.size(), number);
+    return number >= 1 && number <= kStages ? number : UINT32_MAX;
 }
 
 bool isFlushMissing(const view::Capture& capture) {
     return capture.isRegistered && !capture.isFlushed && capture.reports.empty();
 }
 
-// Where the log names a capture first: by a call, a report, or a warning that it has a record.
-view::Place firstPlace(const view::Capture& capture) {
-    return !capture.calls.empty()     ? capture.calls.front().place
-           : !capture.reports.empty() ? capture.reports.front().place
-                                      : capture.findings.front().place;
-}
-
-void addAtEnd(view::Capture& capture, FindingKind kind, const char* text) {
-    capture.findings.push_back({kind, text, {}, firstPlace(capture), {}});
+void addAtEnd(OpenCapture& open, FindingKind kind, const char* text) {
+    open.findings.add({kind, text, {}, open.firstPlace, {}}, {});
 }
 
 }  // namespace
@@ -52,6 +52,8 @@ OpenCapture& CaptureBuilder::open(Process& process, const Entry& entry) {
     made.isNameCut = entry.message.isNameCut;
     made.capture.number = ++mCaptures;
     made.capture.name = entry.message.name;
+    made.firstPlace = entry.place;
+    process.addName(entry.message.name);
     made.capture.process = entry.pid != 0 ? std::to_string(entry.pid) : std::string();
     if (made.isNameCut) {
         find(&made, entry, FindingKind::kCutEvent, "the log has the beginning of its name only");
@@ -59,20 +61,45 @@ OpenCapture& CaptureBuilder::open(Process& process, const Entry& entry) {
     return made;
 }
 
-void CaptureBuilder::find(OpenCapture* open, const Entry& entry, FindingKind kind,
-                          const std::string& text) {
-    if (open != nullptr) {
-        open->capture.findings.push_back(
-                {kind, text, entry.message.operation, entry.place, entry.at});
-    } else {
-        addToSession(entry, kind, text);
-    }
+void CaptureBuilder::addCall(OpenCapture& open, const Entry& entry, bool hadEffect) {
+    ++mSession.calls;
+    open.capture.calls.push_back(
+            {entry.message.operation, {}, entry.tid, entry.at, entry.place, hadEffect});
 }
 
-void CaptureBuilder::addToSession(const Entry& entry, FindingKind kind, const std::string& text) {
+void CaptureBuilder::find(OpenCapture* open, const Entry& entry, FindingKind kind,
+                          const std::string& text) {
+    const bool isOfCall = view::meansNoEffect(kind) && kind != FindingKind::kCollectionOff;
+    const std::string operation = isOfCall ? entry.message.operation : std::string();
     const std::string& name = entry.message.name;
-    mSession.findings.push_back({kind, name.empty() ? text : name + ": " + text,
-                                 entry.message.operation, entry.place, entry.at});
+    view::Finding finding{kind, operation.empty() ? text : operation + ": " + text, operation,
+                          entry.place, entry.at};
+    if (open != nullptr) {
+        open->findings.add(std::move(finding), operation);
+        return;
+    }
+    if (!name.empty()) {
+        finding.text.insert(0, name + ": ");
+    }
+    mFindings.add(std::move(finding), name + operation);
+}
+
+// What happened in a call that belongs to no capture.
+void CaptureBuilder::findOfSession(const Entry& entry, FindingKind kind, const std::string& text) {
+    ++mSession.calls;
+    find(nullptr, entry, kind, text);
+}
+
+void CaptureBuilder::findUnknown(const Process& process, const Entry& entry,
+                                 const std::string& text) {
+    const std::string& name = entry.message.name;
+    if (process.wasRemoved(name)) {
+        findOfSession(entry, FindingKind::kAfterRemoval, "its record has been removed");
+    } else if (mFindings.keeps(FindingKind::kUnknownName, name + entry.message.operation)) {
+        findOfSession(entry, FindingKind::kUnknownName, text + process.guess(name));
+    } else {
+        findOfSession(entry, FindingKind::kUnknownName, text);
+    }
 }
 
 void CaptureBuilder::complete(Process& process, const std::string& name) {
@@ -82,18 +109,21 @@ void CaptureBuilder::complete(Process& process, const std::string& name) {
         }
     }
     const auto position = process.captures.find(name);
-    view::Capture capture = std::move(position->second.capture);
+    OpenCapture completed = std::move(position->second);
     process.captures.erase(position);
-    process.setRemoved(name);
+    view::Capture& capture = completed.capture;
     for (const view::Node& node : capture.nodes) {
         if (!node.isListed && node.start && !node.completion) {
-            capture.findings.push_back({FindingKind::kNoCompletion,
-                                        "has started, and its completion is not in the log",
-                                        node.name,
-                                        node.place,
-                                        {}});
+            completed.findings.add(
+                    {FindingKind::kNoCompletion,
+                     "node " + node.name + " has started, and its completion is not in the log",
+                     node.name,
+                     node.place,
+                     {}},
+                    node.name);
         }
     }
+    capture.findings = completed.findings.take();
     std::sort(capture.nodes.begin(), capture.nodes.end(), [](const auto& left, const auto& right) {
         return std::pair(left.start.value_or(0), left.name) <
                std::pair(right.start.value_or(0), right.name);
@@ -114,9 +144,7 @@ void CaptureBuilder::add(const Entry& entry) {
         endTelling(process, thread);
         addOther(process, entry);
     }
-    const bool isWarning = kind == Kind::kUnknownName || kind == Kind::kUnknownRemoval ||
-                           kind == Kind::kAlreadyRegistered;
-    thread.warning = isWarning ? std::optional<Message>(entry.message) : std::nullopt;
+    thread.last = entry.message;
 }
 
 void CaptureBuilder::addOther(Process& process, const Entry& entry) {
@@ -130,7 +158,7 @@ void CaptureBuilder::addOther(Process& process, const Entry& entry) {
         case Kind::kNodeTimes:
             return addUpdate(process, entry);
         case Kind::kTimeMap:
-            return addCall(recordOf(process, entry), entry);
+            return addStage(process, entry);
         case Kind::kSwitch:
             return addSwitch(process, entry);
         case Kind::kConstructEnter:
@@ -156,7 +184,7 @@ void CaptureBuilder::addRegistration(Process& process, const Entry& entry) {
     } else {
         if (known != nullptr && known->capture.isRegistered) {
             find(known, entry, FindingKind::kGap,
-                 "is registered again; the line of its removal is not in the log");
+                 "registered again; the line of its removal is not in the log");
             complete(process, known->capture.name);
         }
         // A line of another thread on the new record can come before that of its registration.
@@ -175,8 +203,9 @@ void CaptureBuilder::addRemoval(Process& process, const Entry& entry) {
         removed.capture.removed = entry.at;
         removed.capture.isRemoved = true;
         if (isFlushMissing(removed.capture)) {
-            find(&removed, entry, FindingKind::kNeverFlushed, "was removed without a flush");
+            find(&removed, entry, FindingKind::kNeverFlushed, "registered and never flushed");
         }
+        process.setRemoved(removed.capture.name, entry.place.line);
         complete(process, std::string(removed.capture.name));
     }
     process.noteQueueSize(entry.message.queueSize.value_or(UINT64_MAX));
@@ -203,17 +232,33 @@ void CaptureBuilder::addUpdate(Process& process, const Entry& entry) {
 }
 
 void CaptureBuilder::addUnknownName(Process& process, const Entry& entry) {
-    const std::string& name = entry.message.name;
     OpenCapture* known = process.find(entry.message);
     if (known != nullptr) {
         addCall(*known, entry, false);
         find(known, entry, FindingKind::kOtherManager,
              "found no record; on the manager of GetInstance(), which has none?");
-    } else if (process.wasRemoved(name)) {
-        addToSession(entry, FindingKind::kAfterRemoval, "its record has been removed");
     } else {
-        addToSession(entry, FindingKind::kUnknownName,
-                     "there is no record of that name" + process.guess(name));
+        findUnknown(process, entry, "there is no record of that name");
+    }
+}
+
+// The stages of one call come in order, a line each. What they print of the time is no number.
+void CaptureBuilder::addStage(Process& process, const Entry& entry) {
+    const Thread& thread = process.threads[entry.tid];
+    OpenCapture& staged = recordOf(process, entry);
+    const uint32_t number = stageNumber(entry.message.text);
+    if (!isAfter(thread, Kind::kTimeMap, entry) || stageNumber(thread.last->text) >= number) {
+        addCall(staged, entry);
+    }
+    if (number > kStages) {
+        return;
+    }
+    auto& stages = staged.capture.stages.emplace(staged.capture.stages.value_or(Stages{}));
+    const auto position = std::find_if(stages.begin(), stages.end(), [&](const auto& stage) {
+        return stage.number + 1 >= number;
+    });
+    if (position == stages.end() || position->number + 1 != number) {
+        stages.insert(position, {number - 1, entry.message.text, -1, false});
     }
 }
 
@@ -225,10 +270,10 @@ void CaptureBuilder::addGap(int32_t pid, const std::string& text, view::Time at,
     }
     const view::Finding gap{FindingKind::kGap, text, {}, place, at};
     for (auto& [name, open] : process->second.captures) {
-        open.capture.findings.push_back(gap);
+        open.findings.add(gap, {});
     }
     if (process->second.captures.empty()) {
-        mSession.findings.push_back(gap);
+        mFindings.add(gap, {});
     }
 }
 
@@ -241,16 +286,18 @@ void CaptureBuilder::finish() {
         for (auto& [name, open] : process.captures) {
             left[open.capture.number] = {&process, name};
             if (isFlushMissing(open.capture)) {
-                addAtEnd(open.capture, FindingKind::kNeverFlushed,
-                         "was not flushed by the end of the log");
+                addAtEnd(open, FindingKind::kNeverFlushed,
+                         "registered and not flushed by the end of the log");
             }
-            addAtEnd(open.capture, FindingKind::kNeverRemoved,
-                     "was not removed by the end of the log");
+            addAtEnd(open, FindingKind::kNeverRemoved, "not unregistered by the end of the log");
         }
     }
     for (const auto& [number, capture] : left) {
         complete(*capture.first, capture.second);
     }
+    mSession.findings = mFindings.take();
+    mSession.flushes = mFlushes;
+    mSession.reports = mReports;
     if (mPileUps != 0) {
         mSession.notes.push_back("the worker pool's tasks have piled up " +
                                  std::to_string(mPileUps) + " times, first in " +

@@ -9,6 +9,7 @@
 
 #include "Capture.h"
 #include "Finding.h"
+#include "FindingList.h"
 #include "Process.h"
 #include "View.h"
 
@@ -39,12 +40,14 @@ class CaptureBuilder {
     void addRegistration(Process& process, const Entry& entry);
     void addRemoval(Process& process, const Entry& entry);
     void addUpdate(Process& process, const Entry& entry);
+    void addStage(Process& process, const Entry& entry);
     void addSwitch(Process& process, const Entry& entry);
     void addFlush(Process& process, const Entry& entry);
     void addEmptyFlush(Process& process, const Entry& entry, bool isWhole);
     void addEvent(Process& process, const Entry& entry);
     void addWarning(Process& process, const Entry& entry);
     void addUnknownName(Process& process, const Entry& entry);
+    void addCode(const Entry& entry);
     void addVendorError(Process& process, const Entry& entry);
     void addConstruction(Process& process, const Entry& entry);
 
@@ -52,11 +55,14 @@ class CaptureBuilder {
     void attach(Process& process, Telling& telling, OpenCapture& open);
     void find(OpenCapture* open, const Entry& entry, view::FindingKind kind,
               const std::string& text);
-    void addToSession(const Entry& entry, view::FindingKind kind, const std::string& text);
+    void findOfSession(const Entry& entry, view::FindingKind kind, const std::string& text);
+    void findUnknown(const Process& process, const Entry& entry, const std::string& text);
+    void addCall(OpenCapture& open, const Entry& entry, bool hadEffect = true);
 
     view::View& mView;
     view::Session& mSession;
     std::map<int32_t, Process> mProcesses;
+    replay::FindingList mFindings;  // the session's
     uint64_t mCaptures = 0;
     uint64_t mFlushes = 0;
     uint64_t mReports = 0;

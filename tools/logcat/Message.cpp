@@ -203,6 +203,10 @@ std::optional<Message> readMessage(std::string_view tag, std::string_view messag
     }
     if (read.kind == Kind::kUnknownName) {
         readStage(read);
+    } else if (read.kind == Kind::kAlreadyRegistered) {
+        read.operation = "registerSnapshotRequestRecord";  // which the queue warns about
+    } else if (read.kind == Kind::kUnknownRemoval) {
+        read.operation = "unregisterSnapshotRequestRecord";
     }
     return read;
 }

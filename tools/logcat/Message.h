@@ -38,7 +38,7 @@ struct Message {
     };
 
     Kind kind = Kind::kOverlap;
-    std::string operation;  // the function that it names as its origin
+    std::string operation;  // the public one
     std::string name;       // of the image; empty if it names none
     std::string text;       // what else it says: an event, an error, a code, a stage
     std::optional<uint64_t> queueSize;

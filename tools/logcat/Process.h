@@ -4,17 +4,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "Capture.h"
 #include "Finding.h"
+#include "FindingList.h"
 #include "Message.h"
+#include "NameMemory.h"
 
 namespace logcat {
 
@@ -30,6 +29,8 @@ struct Entry {
 // A capture that has not been removed yet.
 struct OpenCapture {
     view::Capture capture;
+    replay::FindingList findings;
+    view::Place firstPlace;     // where the log names it first
     bool hasFrame = false;      // its frame's name is known
     bool isNameCut = false;     // the log has the beginning of its name only
     bool lacksService = false;  // that has been said
@@ -48,7 +49,7 @@ struct Telling {
 };
 
 struct Thread {
-    std::optional<Message> warning;  // the last message, if it was one
+    std::optional<Message> last;
     std::optional<Telling> telling;
     bool isConstructing = false;  // a manager
 };
@@ -66,20 +67,20 @@ class Process {
     // first that begins so.
     OpenCapture* find(const Message& message);
 
-    bool wasRemoved(const std::string& name) const { return mRemoved.count(name) != 0; }
-    void setRemoved(const std::string& name);
+    void addName(const std::string& name) { mNear.add(name); }
+    void setRemoved(const std::string& name, uint64_t line) { mRemoved.add(name, line); }
+    bool wasRemoved(const std::string& name) const { return mRemoved.lineOf(name).has_value(); }
+    // "; did you mean X?" or nothing.
+    std::string guess(const std::string& name) const { return mNear.didYouMean(name); }
 
     // Compares the size of the queue, as a message tells it, with the captures that are known.
     void noteQueueSize(uint64_t size) { mKnowsAll = size == captures.size(); }
     // Whether the queue had no record that the log does not tell of.
     bool knowsAll() const { return mKnowsAll; }
 
-    // "; did you mean X?" or nothing.
-    std::string guess(const std::string& name) const;
-
   private:
-    std::unordered_set<std::string> mRemoved;
-    std::deque<std::string> mLastRemoved;
+    replay::NameMemory mRemoved;
+    replay::NearNames mNear;
     bool mKnowsAll = false;
 };
 

@@ -18,9 +18,10 @@ using view::FindingKind;
 
 constexpr char kCut[] = "the log has the beginning of the event only";
 
-void addFinding(Telling& telling, const Entry& entry, FindingKind kind, const char* text,
-                const std::string& subject) {
-    telling.findings.push_back({kind, text, subject, entry.place, entry.at});
+void addFinding(Telling& telling, const Entry& entry, FindingKind kind, const std::string& text,
+                const std::string& node) {
+    telling.findings.push_back({kind, node.empty() ? text : "node " + node + ": " + text, node,
+                                entry.place, entry.at});
 }
 
 void beginReport(Telling& telling, const Entry& entry) {
@@ -33,7 +34,7 @@ void addSubmit(Telling& telling, const Entry& entry) {
     beginReport(telling, entry);
     SubmitEvent event = readSubmitEvent(entry.message.text);
     if (event.isCut) {
-        addFinding(telling, entry, FindingKind::kCutEvent, kCut, "submit-request");
+        addFinding(telling, entry, FindingKind::kCutEvent, kCut, {});
         return;
     }
     telling.pipelineName = std::move(event.pipelineName);
@@ -140,26 +141,20 @@ void CaptureBuilder::addFlush(Process& process, const Entry& entry) {
         flushed.capture.isFlushed = true;
         flushed.capture.flushed = entry.at;
     }
-    flushed.capture.calls.push_back(
-            {entry.message.operation, {}, entry.tid, entry.at, entry.place, true});
+    addCall(flushed, entry);
 }
 
 // Nothing was reported. With the flush's first line in the log, the last one directly after it is
 // enough to say so.
 void CaptureBuilder::addEmptyFlush(Process& process, const Entry& entry, bool isWhole) {
-    const std::string& name = entry.message.name;
     OpenCapture* known = process.find(entry.message);
     if (known != nullptr) {
-        known->capture.calls.push_back(
-                {entry.message.operation, {}, entry.tid, entry.at, entry.place, !isWhole});
+        addCall(*known, entry, !isWhole);
         find(known, entry, isWhole ? FindingKind::kNoReportType : FindingKind::kGap,
-             isWhole ? "reported nothing: only type 0 does"
+             isWhole ? "reported nothing; type 0 does"
                      : "the report of a flush is missing from the log");
-    } else if (process.wasRemoved(name)) {
-        addToSession(entry, FindingKind::kAfterRemoval, "its record has been removed");
     } else {
-        addToSession(entry, FindingKind::kUnknownName,
-                     "reported nothing: there is no record of that name" + process.guess(name));
+        findUnknown(process, entry, "reported nothing: there is no record of that name");
     }
 }
 
@@ -175,7 +170,7 @@ void CaptureBuilder::endTelling(Process& process, Thread& thread) {
     entry.place = told->report.place;
     entry.message.name = told->pipelineName.value_or(std::string());
     if (entry.message.name.empty()) {
-        addToSession(entry, FindingKind::kGap, "a report is of no known capture");
+        find(nullptr, entry, FindingKind::kGap, "a report is of no known capture");
         return;
     }
     entry.pid = process.pid;
@@ -199,14 +194,16 @@ void CaptureBuilder::attach(Process& process, Telling& telling, OpenCapture& ope
     if (!telling.camera.empty()) {
         setValue(capture, "camIds[0]", telling.camera, true);
     }
-    capture.findings.insert(capture.findings.end(), telling.findings.begin(),
-                            telling.findings.end());
+    for (view::Finding& finding : telling.findings) {
+        open.findings.add(std::move(finding), {});
+    }
     if (process.service == Process::Service::kNone && !std::exchange(open.lacksService, true)) {
-        capture.findings.push_back({FindingKind::kNoService,
-                                    "was reported to nobody: there is no service",
-                                    {},
-                                    telling.report.place,
-                                    telling.report.at});
+        open.findings.add({FindingKind::kNoService,
+                           "reported to nobody: there is no service",
+                           {},
+                           telling.report.place,
+                           telling.report.at},
+                          {});
     }
     capture.reports.push_back(std::move(telling.report));
 }

@@ -39,30 +39,45 @@ void CaptureBuilder::addWarning(Process& process, const Entry& entry) {
             return complete(process, std::string(known->capture.name));
         case Kind::kAlreadyRegistered:
             return find(&recordOf(process, entry), entry, FindingKind::kAlreadyRegistered,
-                        "is registered already");
+                        "registered already");
         case Kind::kCodeOutOfRange:
-            return find(nullptr, entry,
-                        message.operation == "updateNodeProcState" ? FindingKind::kStateOutOfRange
-                                                                   : FindingKind::kCodeOutOfRange,
-                        "there is no code " + message.text);
+            return addCode(entry);
         case Kind::kNoErrorText:
-            return find(known, entry, FindingKind::kNothingGiven, "no error text was given");
+            if (known == nullptr) {
+                return findOfSession(entry, FindingKind::kNothingGiven, "no error text is given");
+            }
+            addCall(*known, entry, false);
+            return find(known, entry, FindingKind::kNothingGiven, "no error text is given");
         case Kind::kVendorError:
             return addVendorError(process, entry);
         case Kind::kPileUp:
             mFirstPileUp = mPileUps++ == 0 ? entry.place : mFirstPileUp;
             return;
         default:
-            return find(nullptr, entry, FindingKind::kNothingGiven, "null was given");
+            return findOfSession(entry, FindingKind::kNothingGiven,
+                                 "null is given where there must be more");
     }
+}
+
+void CaptureBuilder::addCode(const Entry& entry) {
+    const bool isState = entry.message.operation == "updateNodeProcState";
+    findOfSession(entry, isState ? FindingKind::kStateOutOfRange : FindingKind::kCodeOutOfRange,
+                  (isState ? "state " : "error code ") + entry.message.text +
+                          " is none; they go from 0 to 4");
 }
 
 // The line does not name its image. It is certain only if there is one record and no other.
 void CaptureBuilder::addVendorError(Process& process, const Entry& entry) {
     const bool isCertain = process.knowsAll() && process.captures.size() == 1;
-    find(isCertain ? &process.captures.begin()->second : nullptr, entry, FindingKind::kVendorError,
-         isCertain ? entry.message.text
-                   : entry.message.text + "; the line does not tell of which capture");
+    const std::string text = "vendor result " + entry.message.text;
+    if (isCertain) {
+        OpenCapture& failed = process.captures.begin()->second;
+        addCall(failed, entry);
+        find(&failed, entry, FindingKind::kVendorError, text);
+    } else {
+        findOfSession(entry, FindingKind::kVendorError,
+                      text + ", of a capture that the line does not tell");
+    }
 }
 
 void CaptureBuilder::addSwitch(Process& process, const Entry& entry) {
@@ -78,7 +93,7 @@ void CaptureBuilder::addSwitch(Process& process, const Entry& entry) {
                                       : !isEnabled ? "off: the service answers " + quoted(answer)
                                       : answer == "enabled"
                                               ? "on: the service answers " + quoted(answer)
-                                              : std::string("on: forced");
+                                              : std::string("on: forced by ") + kForced;
     Thread& thread = process.threads[entry.tid];
     if (isSupported && isEnabled) {
         thread.telling.emplace().isFlush = true;
@@ -86,12 +101,14 @@ void CaptureBuilder::addSwitch(Process& process, const Entry& entry) {
     }
     const std::string kind = isSupported ? kCommand : kSupported;
     if (!mSwitchesOff.insert(kind).second) {
+        ++mSession.calls;
         return;
     }
-    find(nullptr, entry, FindingKind::kCollectionOff,
-         isSupported ? "collection is off: the service answers " + quoted(answer) + " to " +
-                               kCommand + ", not \"enabled\", and " + kForced + " is not set"
-                     : std::string("collection is off: ") + kSupported + " is not set");
+    findOfSession(entry, FindingKind::kCollectionOff,
+                  isSupported
+                          ? "collection is off: the service answers " + quoted(answer) + " to " +
+                                    kCommand + ", not \"enabled\", and " + kForced + " is not true"
+                          : std::string("collection is off: ") + kSupported + " is not true");
 }
 
 void CaptureBuilder::addConstruction(Process& process, const Entry& entry) {
