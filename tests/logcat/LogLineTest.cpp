@@ -89,8 +89,9 @@ TEST(LogLine, HasMonotonicTimesAsSecondsThatAreTooFewForADate) {
     const LogEntry entry{std::string(kEngineTag), "m", 4711 * kSecond + 5000000};
     LogLine line;
     ASSERT_TRUE(readLogLine(formatted({"threadtime", "monotonic"}, entry), line));
-    EXPECT_TRUE(line.time && line.time->kind == LogTime::Kind::kMonotonic);
-    EXPECT_EQ(4711 * kSecond + 5000000, Calendar(0).toNanoseconds(*line.time));
+    const LogTime time = line.time.value_or(LogTime{});
+    EXPECT_EQ(LogTime::Kind::kMonotonic, time.kind);
+    EXPECT_EQ(4711 * kSecond + 5000000, Calendar(0).toNanoseconds(time));
 }
 
 TEST(LogLine, OfOtherTagsAndOtherTextsIsPassedOver) {

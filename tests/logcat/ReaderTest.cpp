@@ -254,6 +254,29 @@ session
               textOf(readLogs({log.text})));
 }
 
+TEST(Builder, KnowsStagesByNameAndCountsCalls) {
+    Log log;
+    const auto stage = [&log](const std::string& name) {
+        log.manager("updateSnapshotTimeInfo",
+                    "imageName: A  timeinfo [stage " + name + " : interval %]lu");
+    };
+    log.registers("A", 1);
+    for (const char* name :
+         {"5request_to_post", "12post_proc_time", "1request_to_zuhal", "0", "16"}) {
+        stage(name);
+    }
+    log.manager("updateUIInfo", "can't find imageName: B");
+    const Seen seen = readLogs({log.text});
+    const std::vector<view::Stage> stages =
+            seen.captures.at(0).stages.value_or(std::vector<view::Stage>{});
+    ASSERT_EQ(3, stages.size());
+    EXPECT_TRUE(stages[0].number == 0 && stages[1].number == 4 && stages[2].number == 11);
+    EXPECT_TRUE(stages[1].name == "5request_to_post" && !stages[1].isKnown);
+    EXPECT_EQ(4, seen.captures[0].calls.size());  // stages of one call are in order
+    EXPECT_EQ(5, seen.session.calls);
+    EXPECT_EQ(0U, seen.session.flushes);
+}
+
 TEST(Builder, SaysOnceWhatIsSwitchedOffAndThatThereIsNoService) {
     Log log;
     const auto flush = [&](const std::string& state) {
@@ -280,16 +303,18 @@ session
 // Names are not escaped, and may look like what stands behind them.
 TEST(Builder, TakesNamesAsTheyAre) {
     for (const char* formats : {"threadtime", "brief", "long", "process"}) {
-        for (const std::string name : {"A  frameinfo, queue size: 1", "x\", \"timestamp\":\"5\"}}",
-                                       "two\nlines, queue size: 1", "1(2) I ZuAlgoEngine: ", "",
-                                       "\r", "100%s\\x41", "can't find imageName: x"}) {
+        for (const std::string name :
+             {"A  frameinfo, queue size: 1", "A  NodeProcTime, queue size: 5",
+              "x\", \"timestamp\":\"5\"}}", "two\nlines, queue size: 1",
+              "1(2) I ZuAlgoEngine: ", "", "\r", "100%s\\x41", "can't find imageName: x"}) {
             Log log({formats});
-            log.registers(name, 1).frame(name, 1).switchedOn().submits(name);
+            log.registers(name, 1).frame(name, 1).updates("n", name, "zuAlgoInfo", 1);
+            log.switchedOn().submits(name);
             log.event("stime", "n", name, 4).flushed(name).removes(name, 0);
             const Seen seen = readLogs({log.text});
             ASSERT_EQ(1, seen.captures.size()) << formats << name;
             EXPECT_EQ(name, seen.captures[0].name);
-            EXPECT_EQ(4, seen.captures[0].calls.size());
+            EXPECT_EQ(5, seen.captures[0].calls.size());
             EXPECT_EQ("n", seen.captures[0].nodes.at(0).name);
         }
     }
@@ -335,7 +360,7 @@ TEST(Reader, TakesABugReportByItsSections) {
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ("a\\b\t", seen.captures[0].name);
     EXPECT_EQ("a\\\\b", seen.captures[1].name);
-    EXPECT_EQ(1767225600 * kSecond, *seen.captures[0].registered / kSecond * kSecond);
+    EXPECT_EQ(1767225600 * kSecond, seen.captures[0].registered.value_or(0) / kSecond * kSecond);
 }
 
 TEST(Reader, RefusesWhatIsNoLogcat) {

@@ -247,7 +247,8 @@ void CaptureBuilder::addStage(Process& process, const Entry& entry) {
     const Thread& thread = process.threads[entry.tid];
     OpenCapture& staged = recordOf(process, entry);
     const uint32_t number = stageNumber(entry.message.text);
-    if (!isAfter(thread, Kind::kTimeMap, entry) || stageNumber(thread.last->text) >= number) {
+    const bool isFirst = !isAfter(thread, Kind::kTimeMap, entry);
+    if (isFirst || stageNumber(thread.last.value_or(Message{}).text) >= number) {
         addCall(staged, entry);
     }
     if (number > kStages) {

@@ -29,7 +29,7 @@ bool takeFraction(Cursor& cursor, int64_t& nanoseconds) {
 
 // Seconds of a phone's clock that was not set yet are few as well: no phone runs for ten years.
 bool takeSeconds(Cursor& cursor, LogTime& time) {
-    constexpr int64_t kTenYears = 10 * 365 * kSecondsPerDay;
+    constexpr int64_t kTenYears = 3650 * kSecondsPerDay;
     int64_t seconds = 0;
     if (!cursor.takeNumber(seconds, 1, 10) || !cursor.take(".") ||
         seconds >= daysSince1970(kLastYear, 1, 1) * kSecondsPerDay) {

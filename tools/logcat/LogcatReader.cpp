@@ -9,12 +9,12 @@
 #include <utility>
 
 #include "Cursor.h"
+#include "Finding.h"
 #include "Input.h"
 #include "LineScanner.h"
 #include "LogLine.h"
 #include "LogTime.h"
 #include "Message.h"
-#include "Process.h"
 #include "View.h"
 
 namespace logcat {
@@ -118,7 +118,7 @@ void LogcatReader::readEntry(const LogLine& line, uint64_t number, LineScanner& 
     if (entry.tag == kOverlapTag || hasOrigin(entry.tag, entry.message)) {
         addPending();
         mPending = std::move(entry);
-    } else if (mPending && !line.isLong && goesOn(entry)) {
+    } else if (mPending && !line.isLong && goesOn(*mPending, entry)) {
         mPending->message += '\n' + entry.message;
         mPending->lastLine = number;
     }
@@ -126,16 +126,16 @@ void LogcatReader::readEntry(const LogLine& line, uint64_t number, LineScanner& 
 
 // Whether a line without an origin belongs to the message before it. Under the tag of the
 // algorithms' engine others write as well, but what the library writes there has an end.
-bool LogcatReader::goesOn(const Pending& entry) const {
-    if (entry.firstLine != mPending->lastLine + 1 || entry.prefix != mPending->prefix ||
-        mPending->message.size() > kLongestEntry) {
+bool LogcatReader::goesOn(const Pending& before, const Pending& entry) {
+    if (entry.firstLine != before.lastLine + 1 || entry.prefix != before.prefix ||
+        before.message.size() > kLongestEntry) {
         return false;
     }
     if (entry.tag != kEngineTag) {
         return true;
     }
-    const std::optional<Message> before = readMessage(mPending->tag, mPending->message);
-    return before && before->isCut;
+    const std::optional<Message> message = readMessage(before.tag, before.message);
+    return message && message->isCut;
 }
 
 // "uid=1000(system) Binder:1_2 expire 12 lines"; of identical lines one is left.

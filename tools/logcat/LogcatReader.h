@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "CaptureBuilder.h"
+#include "Finding.h"
 #include "Input.h"
 #include "LineScanner.h"
 #include "LogLine.h"
@@ -58,7 +59,7 @@ class LogcatReader {
     void readLine(const Line& line, LineScanner& scanner);
     bool readTitle(std::string_view text);
     void readEntry(const LogLine& line, uint64_t number, LineScanner& scanner);
-    bool goesOn(const Pending& entry) const;
+    static bool goesOn(const Pending& before, const Pending& entry);
     void readChatty(const LogLine& line, uint64_t number);
     void addPending();
     view::Time timeOf(const std::optional<LogTime>& time);

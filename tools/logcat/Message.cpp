@@ -22,56 +22,55 @@ constexpr std::string_view kFiles[] = {"InfoSynchronizerManager.cpp", "InfoSynch
                                        "InfoCollector.cpp", "RequestRecordQueue.cpp",
                                        "ThreadPool.cpp"};
 
-// A message of `begin`, a name or text, and `end`. After an `end` that is followed by a number
-// comes that number. Without an `end` the text goes on to the message's end.
+// A message of `begin`, a name or another text, `end`, and what comes after it. Without an `end`
+// the text goes on to the message's end.
 struct Form {
     enum class Holds { kName, kText };
-    enum class Number { kNone, kQueueSize, kAny };
+    enum class After { kNothing, kQueueSize, kStage };
 
     Kind kind;
-    std::string_view begin;
     Holds holds;
+    std::string_view begin;
     std::string_view end;
-    Number number;
+    After after;
 };
 
 constexpr auto kName = Form::Holds::kName;
 constexpr auto kText = Form::Holds::kText;
-constexpr auto kNoNumber = Form::Number::kNone;
-constexpr auto kQueueSize = Form::Number::kQueueSize;
-constexpr auto kAnyNumber = Form::Number::kAny;
+constexpr auto kNothing = Form::After::kNothing;
+constexpr auto kQueueSize = Form::After::kQueueSize;
+constexpr auto kStage = Form::After::kStage;
 
-// Of two forms that begin alike, the longer one comes first.
 constexpr Form kForms[] = {
-        {Kind::kConstructEnter, "Construct Enter", kText, "", kNoNumber},
-        {Kind::kConstructExit, "Construct Eixt", kText, "", kNoNumber},
-        {Kind::kServiceFound, " mIntentAwareImpl is ", kText, "", kNoNumber},
-        {Kind::kRegister, "register image ", kName, ", queue size: ", kQueueSize},
-        {Kind::kUnregister, "unregister image ", kName, ", queue size: ", kQueueSize},
-        {Kind::kFrame, "update  image ", kName, "  frameinfo, queue size: ", kQueueSize},
-        {Kind::kAlgorithms, "update  image ", kName, "  zuAlgoInfo, queue size: ", kQueueSize},
-        {Kind::kNodeTimes, "update  image ", kName, "  NodeProcTime, queue size: ", kQueueSize},
-        {Kind::kTimeMap, "imageName: ", kName, "  timeinfo [stage ", kAnyNumber},
-        {Kind::kSwitch, "camQuillSupported:", kText, "", kNoNumber},
-        {Kind::kFlushDone, "flush image ", kName, "  snapshotRequestInfo to infosync module",
-         kNoNumber},
-        {Kind::kSubmit, "submitReq ", kText, "", kNoNumber},
-        {Kind::kStart, "stime ", kText, "", kNoNumber},
-        {Kind::kCompletion, "ctime ", kText, "", kNoNumber},
-        {Kind::kVendorError, "had error ", kText, ", do action!", kNoNumber},
-        {Kind::kUnknownName, "can't find imageName: ", kName, "", kNoNumber},
-        {Kind::kUnknownName, "[InfoSynchronizer]can't find imageName: ", kName, "", kNoNumber},
-        {Kind::kUnknownRemoval, "can't find imageNmae ", kName,
-         "  in snapshot requestRecord queue!", kNoNumber},
-        {Kind::kAlreadyRegistered, "imageNmae ", kName,
-         " had exist in snapshot requestRecord queue, pl check it!", kNoNumber},
-        {Kind::kCodeOutOfRange, "code out of range: ", kText, "", kNoNumber},
-        {Kind::kNoErrorText, "no error text for imageName: ", kName, "", kNoNumber},
-        {Kind::kNothingGiven, "no place for the result given", kText, "", kNoNumber},
-        {Kind::kNothingGiven, "no command key given", kText, "", kNoNumber},
-        {Kind::kNothingGiven, "no record given", kText, "", kNoNumber},
-        {Kind::kPileUp, "[ThreadPool]: thread consume slowly or  blocking,task queue size ", kText,
-         "", kNoNumber},
+        {Kind::kConstructEnter, kText, "Construct Enter", "", kNothing},
+        {Kind::kConstructExit, kText, "Construct Eixt", "", kNothing},
+        {Kind::kServiceFound, kText, " mIntentAwareImpl is ", "", kNothing},
+        {Kind::kRegister, kName, "register image ", ", queue size: ", kQueueSize},
+        {Kind::kUnregister, kName, "unregister image ", ", queue size: ", kQueueSize},
+        {Kind::kFrame, kName, "update  image ", "  frameinfo, queue size: ", kQueueSize},
+        {Kind::kAlgorithms, kName, "update  image ", "  zuAlgoInfo, queue size: ", kQueueSize},
+        {Kind::kNodeTimes, kName, "update  image ", "  NodeProcTime, queue size: ", kQueueSize},
+        {Kind::kTimeMap, kName, "imageName: ", "  timeinfo [stage ", kStage},
+        {Kind::kSwitch, kText, "camQuillSupported:", "", kNothing},
+        {Kind::kFlushDone, kName, "flush image ", "  snapshotRequestInfo to infosync module",
+         kNothing},
+        {Kind::kSubmit, kText, "submitReq ", "", kNothing},
+        {Kind::kStart, kText, "stime ", "", kNothing},
+        {Kind::kCompletion, kText, "ctime ", "", kNothing},
+        {Kind::kVendorError, kText, "had error ", ", do action!", kNothing},
+        {Kind::kUnknownName, kName, "can't find imageName: ", "", kNothing},
+        {Kind::kUnknownName, kName, "[InfoSynchronizer]can't find imageName: ", "", kNothing},
+        {Kind::kUnknownRemoval, kName, "can't find imageNmae ",
+         "  in snapshot requestRecord queue!", kNothing},
+        {Kind::kAlreadyRegistered, kName, "imageNmae ",
+         " had exist in snapshot requestRecord queue, pl check it!", kNothing},
+        {Kind::kCodeOutOfRange, kText, "code out of range: ", "", kNothing},
+        {Kind::kNoErrorText, kName, "no error text for imageName: ", "", kNothing},
+        {Kind::kNothingGiven, kText, "no place for the result given", "", kNothing},
+        {Kind::kNothingGiven, kText, "no command key given", "", kNothing},
+        {Kind::kNothingGiven, kText, "no record given", "", kNothing},
+        {Kind::kPileUp, kText, "[ThreadPool]: thread consume slowly or  blocking,task queue size ",
+         "", kNothing},
 };
 
 std::optional<uint64_t> numberOf(std::string_view text) {
@@ -99,7 +98,7 @@ std::optional<Origin> readOrigin(std::string_view message) {
     Origin origin;
     std::string_view group;
     int64_t line = 0;
-    if (!cursor.takeUpTo(" ", group) || !isWord(group) || !cursor.takeUpTo(":", origin.file) ||
+    if (!cursor.takeUpTo(" ", group) || group.empty() || !cursor.takeUpTo(":", origin.file) ||
         !isWord(origin.file) || !cursor.takeNumber(line) || !cursor.take(" ") ||
         !cursor.takeUpTo("()", origin.function) || !isWord(origin.function)) {
         return std::nullopt;
@@ -108,52 +107,57 @@ std::optional<Origin> readOrigin(std::string_view message) {
     return origin;
 }
 
-// What is before the message's last `end`, and what follows it.
-bool readEnd(std::string_view rest, const Form& form, Message& message) {
+bool begins(std::string_view rest, const Form& form) {
+    return rest.substr(0, form.begin.size()) == form.begin;
+}
+
+// Reads what follows the origin. False if it has not that form, or not the form's end.
+bool readWhole(std::string_view rest, const Form& form, Message& message) {
+    if (!begins(rest, form)) {
+        return false;
+    }
+    rest.remove_prefix(form.begin.size());
     const size_t end = form.end.empty() ? rest.size() : rest.rfind(form.end);
     if (end == std::string_view::npos) {
         return false;
     }
+    message.kind = form.kind;
     (form.holds == kName ? message.name : message.text) = rest.substr(0, end);
     const std::string_view after = rest.substr(end + form.end.size());
-    if (form.number == kQueueSize) {
+    if (form.after == kQueueSize) {
         message.queueSize = numberOf(after);
         return message.queueSize.has_value();
     }
-    if (form.number == kAnyNumber) {
+    if (form.after == kStage) {
         message.text = after.substr(0, after.find(" : "));
         return true;
     }
     return after.empty();
 }
 
-void readForm(std::string_view rest, const Form& form, Message& message) {
-    message.kind = form.kind;
-    if (readEnd(rest, form, message)) {
-        return;
+bool readCut(std::string_view rest, const Form& form, Message& message) {
+    if (!begins(rest, form)) {
+        return false;
     }
+    message.kind = form.kind;
     message.isCut = true;
     message.isNameCut = form.holds == kName;
-    (message.isNameCut ? message.name : message.text) = rest;
+    (message.isNameCut ? message.name : message.text) = rest.substr(form.begin.size());
+    return true;
 }
 
-bool fits(std::string_view rest, const Form& form) {
-    const std::string_view after = rest.substr(std::min(rest.size(), form.begin.size()));
-    return rest.substr(0, form.begin.size()) == form.begin &&
-           (form.end.empty() || after.rfind(form.end) != std::string_view::npos);
-}
-
-// Also where a name is cut, which then is the whole rest.
-const Form* formOf(std::string_view rest) {
-    const auto begin = std::begin(kForms);
-    const auto end = std::end(kForms);
-    const auto* form = std::find_if(begin, end, [&](const Form& each) { return fits(rest, each); });
-    if (form == end) {
-        form = std::find_if(begin, end, [&](const Form& each) {
-            return rest.substr(0, each.begin.size()) == each.begin;
-        });
+// Reads what follows the origin. `isFull` says that the message is as long as one can be, and may
+// go on.
+bool readRest(std::string_view rest, bool isFull, Message& message) {
+    const Message unread = message;
+    for (const Form& form : kForms) {
+        if ((!isFull || !form.end.empty()) && readWhole(rest, form, message)) {
+            return true;
+        }
+        message = unread;
     }
-    return form != end ? form : nullptr;
+    return std::any_of(std::begin(kForms), std::end(kForms),
+                       [&](const Form& form) { return readCut(rest, form, message); });
 }
 
 // ", type:7" after the name, by the one operation that is given a stage.
@@ -183,20 +187,13 @@ std::optional<Message> readMessage(std::string_view tag, std::string_view messag
     if (!origin || !hasOrigin(tag, message)) {
         return std::nullopt;
     }
-    std::string_view rest = origin->rest;
-    const Form* form = formOf(rest);
-    if (form == nullptr && rest.substr(0, 1) == " ") {
-        rest.remove_prefix(1);  // the debug log's
-        form = formOf(rest);
-    }
-    if (form == nullptr) {
+    const bool isFull = message.size() >= kLongestMessage;
+    Message read;
+    read.operation = origin->function;
+    // The debug log has a blank before its messages.
+    if (!readRest(origin->rest, isFull, read) &&
+        (origin->rest.substr(0, 1) != " " || !readRest(origin->rest.substr(1), isFull, read))) {
         return std::nullopt;
-    }
-    Message read{form->kind, std::string(origin->function), {}, {}, {}};
-    readForm(rest.substr(form->begin.size()), *form, read);
-    if (form->end.empty()) {
-        read.isCut = message.size() >= kLongestMessage;
-        read.isNameCut = read.isCut && form->holds == kName;
     }
     if (read.kind == Kind::kSubmit || read.kind == Kind::kStart || read.kind == Kind::kCompletion) {
         read.isCut = !isWholeEvent(read.text);

@@ -1,12 +1,14 @@
 // Reads the bug report out of its archive, without unpacking it to the disk.
 
 #include <zip.h>
+#include <zipconf.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "Input.h"
 

@@ -50,6 +50,7 @@ void addOptions(CLI::App& app, Settings& settings) {
 
 int show(const Settings& settings) {
     std::vector<std::unique_ptr<logcat::Input>> inputs;
+    inputs.reserve(settings.logs.size());
     for (const std::string& log : settings.logs) {
         inputs.push_back(logcat::openInput(log));
     }
