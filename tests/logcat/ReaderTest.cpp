@@ -336,8 +336,9 @@ TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
     EXPECT_EQ(3, seen.captures[0].calls.back().place.source);
     EXPECT_EQ(view::Clock::kReal, seen.session.clock);
     EXPECT_EQ((std::vector<std::string>{
-                      "log1: its lines have no year; it is that of the log's date",
-                      "log1: its lines have no time zone; their times are the phone's, as if UTC",
+                      "log1: its lines have no year; the log's date gives it",
+                      "log1: its lines have no time zone; their times are the phone's own, shown "
+                      "as UTC",
                       "log2: there are no lines of the library",
                       "log3: some of its times are of another clock than the first, and left out",
                       "log4: some of its lines have no time"}),

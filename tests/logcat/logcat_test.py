@@ -2,6 +2,7 @@
 
 import gzip
 import os
+import resource
 import subprocess
 import sys
 import tempfile
@@ -41,9 +42,9 @@ class Logcat(unittest.TestCase):
                 archive.writestr(entry, content)
         return self.path(name)
 
-    def run_program(self, *arguments, given=""):
+    def run_program(self, *arguments, given="", **options):
         return subprocess.run(PROGRAM + list(arguments), input=given.encode(),
-                              capture_output=True, timeout=50)
+                              capture_output=True, timeout=50, **options)
 
     def check_refused(self, expected, *arguments, given=""):
         result = self.run_program(*arguments, given=given)
@@ -94,6 +95,35 @@ class Logcat(unittest.TestCase):
         self.assertIn(b"the report in the archive cannot be read", result.stderr)
         self.check_refused("standard input: is a zip archive, which is read from a file only", "-",
                            given="PK\x03\x04")
+
+    def test_limited_memory(self):
+        """What is not the library's needs the same memory, however long it and its lines are."""
+        most = 48 << 20
+        other = LINE % (1, "other", "text") * 1000
+        for log in (other * (most // len(other)), "x" * most + "\n" + other + "z" * most):
+            result = self.run_program("-", given=log, preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_AS, (most, most)))
+            self.assertEqual((0, b""), (result.returncode, result.stderr))
+            self.assertIn(b"there are no lines of the library", result.stdout)
+
+    def test_shown_captures(self):
+        """The options on what is shown reach the views."""
+        log = self.write("log", GOOD.replace("A", "A\x1b[2J") + line(3, "register image B, queue size: 1"))
+        summary, whole, only, quiet = (
+            self.run_program(log, *options).stdout.decode()
+            for options in (("--summary",), (), ("--image", "B"), ("--quiet",)))
+        self.assertNotIn("capture 2", summary)
+        self.assertIn("capture 1: A\\x1b[2J, process 1234", whole)
+        self.assertIn("capture 2: B, process 1234", only)
+        self.assertNotIn("capture 1:", only)
+        self.assertEqual("", quiet)
+        self.assertNotIn("\x1b", whole)
+
+    def test_printable(self):
+        log = self.write("log", line(1, "register image a\\x41\\\\, queue size: 1"))
+        for options, name in (((), "a\\\\x41\\\\\\\\"), (("--printable",), "aA\\\\")):
+            self.assertIn(f"capture 1: {name}, process",
+                          self.run_program(log, *options).stdout.decode())
 
     def test_status_tells_of_findings(self):
         good = line(1, "no register image A") + "I/x( 1): y\n"

@@ -197,8 +197,9 @@ void LogcatReader::addNotes(const std::string& source) {
         }
     };
     note(mAbout.messages == 0, "there are no lines of the library");
-    note(mAbout.lacksYear, "its lines have no year; it is that of the log's date");
-    note(mAbout.lacksZone, "its lines have no time zone; their times are the phone's, as if UTC");
+    note(mAbout.lacksYear, "its lines have no year; the log's date gives it");
+    note(mAbout.lacksZone,
+         "its lines have no time zone; their times are the phone's own, shown as UTC");
     note(mAbout.lacksTime, "some of its lines have no time");
     note(mAbout.hasOtherClock,
          "some of its times are of another clock than the first, and left out");
