@@ -178,7 +178,6 @@ void nested() {
             std::printf("%s\n", error.what());
         }
     }
-    service().answer = nullptr;
     service().report = [] {
         manager().updateVndResultInfo("A", 1, -1);
         manager().updateVndResultInfo("A", 1, -1);
@@ -261,18 +260,16 @@ void parts() {
     manager().snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
 }
 
-// More than a file can hold: a text, and names that are still registered.
+// More than a file can hold: a text, a name, names that are still registered, and an answer.
 void many() {
     manager().registerSnapshotRequestRecord("A");
     for (int i = 0; i < 300; ++i) {
         manager().registerSnapshotRequestRecord("B-" + std::to_string(i) + Text(100, 'x'));
     }
     manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
-}
-
-// A line that the replay would not read.
-void huge() {
-    manager().updateSnapshotErrorInfo("A", Text(size_t{64} << 20U, 'x').c_str());
+    manager().updateAnchorFrame(Text(20000, 'x'), 1);
+    service().answer = [] { return Text(20000, 'x'); };
+    manager().registerSnapshotRequestRecord("last");
 }
 
 void tenCalls() {
@@ -309,6 +306,7 @@ void memory() {
         manager().snapshotRequestInfoFlush(image, INFO_SYNC_TYPE_COLLECT);
         manager().unregisterSnapshotRequestRecord(image);
     };
+    manager().updateAnchorFrame(Text(size_t{2} << 20U, 'x'), 1);  // whose memory is not kept
     round();
     round();
     constexpr int kPlenty = 1000000;
@@ -330,6 +328,7 @@ void memory() {
 }
 
 void untouched() {
+    std::filesystem::current_path("/");
     tenCalls();
     std::puts(InfoSynchronizer::mIntentAwareImpl == service().object ? "untouched" : "touched");
 }
@@ -372,23 +371,24 @@ void failing() {
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
-    const std::map<Text, void (*)()> deeds = {{"everything", everything},
-                                              {"order", order},
-                                              {"held", held},
-                                              {"stuck", stuck},
-                                              {"nested", nested},
-                                              {"load", load},
-                                              {"turns", turns},
-                                              {"parts", parts},
-                                              {"many", many},
-                                              {"huge", huge},
-                                              {"tenCalls", tenCalls},
-                                              {"forked", forked},
-                                              {"memory", memory},
-                                              {"untouched", untouched},
-                                              {"late", late},
-                                              {"exiting", exiting},
-                                              {"failing", failing}};
+    const std::map<Text, void (*)()> deeds = {
+            {"everything", everything},
+            {"order", order},
+            {"held", held},
+            {"stuck", stuck},
+            {"nested", nested},
+            {"load", load},
+            {"turns", turns},
+            {"parts", parts},
+            {"many", many},
+            {"huge", [] { manager().updateSnapshotErrorInfo("A", Text(1U << 26U, 'x').c_str()); }},
+            {"tenCalls", tenCalls},
+            {"forked", forked},
+            {"memory", memory},
+            {"untouched", untouched},
+            {"late", late},
+            {"exiting", exiting},
+            {"failing", failing}};
     deeds.at(what)();
     return 0;
 }

@@ -43,12 +43,12 @@ class RecordTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name) / "record"
         self.folder.mkdir()
 
-    def run_hal(self, *what, command=(AHEAD,), **more):
-        """What a HAL prints and logs."""
+    def run_hal(self, *what, command=(AHEAD,), before=None, **more):
+        """What a HAL prints. What it logs of the recorder is in `said`."""
         done = subprocess.run(
             [*EMULATOR, *command, *what], timeout=50, encoding="utf-8", check=False,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder.parent,
-            env=environment(self.folder, more))
+            env=environment(self.folder, more), preexec_fn=before)
         self.assertEqual(0, done.returncode, done.stdout + done.stderr)
         self.said = [line for line in done.stderr.splitlines() if "InfoSyncRecord" in line]
         return [line for line in done.stdout.splitlines() if not line.startswith("features_mgr")]
@@ -141,7 +141,8 @@ class Record(RecordTest):
                 (by_property, True),
                 ({**by_property, "INFOSYNC_RECORD_PROCESS": "another"}, False),
                 ({"INFOSYNC_RECORD_PROCESS": name[1:]}, False),
-                ({"INFOSYNC_RECORD_PROCESS": AHEAD}, True)]:
+                ({"INFOSYNC_RECORD_PROCESS": AHEAD}, True),
+                ({"INFOSYNC_RECORD": self.folder.name}, True)]:
             with self.subTest(more=more):
                 said = self.run_hal("untouched", **more)
                 self.assertEqual(["ten", "touched" if is_on else "untouched"], said)
@@ -217,12 +218,13 @@ class Record(RecordTest):
                                             for path in (first, second)])
 
     def test_limit_by_property(self):
-        for forced in (0, 1):
+        for supported, forced, named in ((1, 0, 0), (1, 1, 1), (0, 1, 0)):
             self.run_hal("turns", INFOSYNC_HOST_NO_SERVICE="1", INFOSYNC_HOST_PROPERTIES=
                          "debug.infosync.record.limit=65536\n"
+                         f"persist.vendor.camera.camquill.supported={supported}\n"
                          f"persist.vendor.camera.infoSyncCollect.forceEnabled={forced}")
             cut = [json.loads(path.read_text().split("\n")[0])["cut"] for path in self.parts()]
-            self.assertEqual([forced, forced], [min(len(names), 1) for names in cut])
+            self.assertEqual([named, named], [min(len(names), 1) for names in cut])
             self.empty_folder()
 
     def test_limit_of_the_process(self):
@@ -238,14 +240,15 @@ class Record(RecordTest):
     def test_more_than_fits(self):
         self.run_hal("many", INFOSYNC_RECORD_LIMIT="65536")
         omitted = [line for line in self.lines() if "omitted" in line]
-        self.assertEqual([("updateSnapshotErrorInfo", "A")],
-                         [(line["call"], line["image"]) for line in omitted])
+        self.expect_warnings("an answer does not fit")
+        self.assertEqual([("updateSnapshotErrorInfo", "A"), ("updateAnchorFrame", None)],
+                         [(line["call"], line.get("image")) for line in omitted])
         self.assertEqual([20000 < omitted[0]["omitted"] < 20200, "text" in omitted[0]],
                          [True, False])
         header = json.loads(self.parts()[-1].read_text().split("\n")[0])
         self.assertLess(len(json.dumps(header["cut"])), 8192 + 100)
         later = self.parts()[-1].read_text().count('"registerSnapshotRequestRecord"')
-        self.assertEqual(301, len(header["cut"]) + header["cutMore"] + later)
+        self.assertEqual(302, len(header["cut"]) + header["cutMore"] + later)
 
     def test_more_than_the_replay_reads(self):
         self.run_hal("huge", INFOSYNC_RECORD_LIMIT="1000000000")
@@ -286,6 +289,19 @@ class Record(RecordTest):
         self.folder = self.folder / "missing"
         self.assertEqual(["ten"], self.run_hal("tenCalls"))
         self.expect_warnings(f"{self.folder}/capture-.*No such file or directory")
+
+    def test_names_that_are_taken(self):
+        def take(suffix):
+            for second in range(30):
+                start = time.strftime("%Y%m%dT%H%M%SZ", time.gmtime(time.time() + second))
+                path = self.folder / f"capture-{start}-{os.getpid()}.jsonl{suffix}"
+                path.write_text("taken\n", encoding="utf-8")
+        for suffix, recorded, warnings in (("", 1, []), (".new", 0, ["File exists"])):
+            self.run_hal("tenCalls", before=lambda suffix=suffix: take(suffix))
+            self.expect_warnings(*warnings)
+            texts = [path.read_text() for path in self.parts()]
+            self.assertEqual([30, recorded], [texts.count("taken\n"), len(texts) - 30])
+            self.empty_folder()
 
     def test_forked_child_does_not_write(self):
         self.assertEqual(["0"], self.run_hal("forked"))
