@@ -193,10 +193,13 @@ class Record(RecordTest):
                           "4 enabled", "6 D", "6 disabled", "7 E", "7 enabled", "8 F", "8 True",
                           "9 A", "10 A", "11 A", "12 A 3", "13", "14 A 4", "end 14"], found)
 
-    def test_report_that_waits_for_a_call(self):
-        self.run_hal("stuck")
+    def test_report_that_waits_for_a_call(self, **more):
+        self.run_hal("stuck", **more)
         self.assertEqual([*3 * [False], *100 * [True], False],
                          [line.get("unordered", False) for line in self.lines() if "call" in line])
+
+    def test_report_that_waits_while_the_time_is_set(self):
+        self.test_report_that_waits_for_a_call(FAULT="ahead", LD_PRELOAD=E["FAULTS"])
 
     def test_two_files_by_turns(self):
         self.assertEqual([], self.run_hal("turns", INFOSYNC_RECORD_LIMIT="65536"))
