@@ -102,14 +102,14 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     return result;
 }
 
-long systemCall(long number, long a, long b, long c, long d, long e, long f) __asm__("syscall");
-long systemCall(long number, long a, long b, long c, long d, long e, long f) {
+long systemCall(long number, long a, void* b, long c, long d, long e, long f) __asm__("syscall");
+long systemCall(long number, long a, void* b, long c, long d, long e, long f) {
     const long result = number == SYS_renameat2 && fails("rename")
                                 ? fail(EINVAL)
                                 : real<long>("syscall", number, a, b, c, d, e, f);
     // The time of day may be set while somebody waits.
     if (number == SYS_clock_gettime && a == CLOCK_REALTIME && fails("ahead")) {
-        reinterpret_cast<timespec*>(b)->tv_sec += 3600;
+        static_cast<timespec*>(b)->tv_sec += 3600;
     }
     return result;
 }
