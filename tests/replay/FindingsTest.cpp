@@ -168,6 +168,13 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
              {"5 late updateZuAlgoInfo: too late for the report: completion of hdr is gone, "
               "reported as 9",
               "5 no_completion node hdr started and never completed"}},
+            {{"flush A", "algo A"},
+             {"4 late updateZuAlgoInfo: too late for the report: start of hdr is 0, not reported; "
+              "start of tone is 0, not reported"}},
+            {{"flush A", "3a A",
+              R"({"call":"request","type":0,"record":{"frameInfo":)"
+              R"({"imageName":"A"},"snapshotInfo":{"iso":5}}})"},
+             {"4 " + late3a + "iso is 5, reported as 0"}},
             {{"flush A", "stage A", "state A", "anchor A", "result A", "error A"},
              {"8 error_text it broke"}},
     };
@@ -237,7 +244,7 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     constexpr const char* kCalls[] = {"register", "3a", "flush", "anchor", "unregister"};
     Lines lines;
     std::map<std::string, size_t> made;
-    for (unsigned i = 0; i < 12000; ++i) {
+    for (unsigned i = 0; i < 24000; ++i) {
         const std::string thread = R"("thread":"t)" + std::to_string(i % 4) + '"';
         const std::string image(1, static_cast<char>('A' + i / 4 % 3));
         const std::string operation = kCalls[(i / 12 + i % 4) % 5];
