@@ -75,7 +75,8 @@ run_once() {
         rm -rf "$recording"
         mkdir "$recording"
     fi
-    INFOSYNC_RECORD=$recording INFOSYNC_BENCH_FILE=$results/bare-write \
+    # In one file: what its end costs would fall on one benchmark, always the same.
+    INFOSYNC_RECORD=$recording INFOSYNC_RECORD_LIMIT=$((4 << 30)) INFOSYNC_BENCH_FILE=$results/bare-write \
         LD_LIBRARY_PATH=$(folder_of "$library") "$programs/infosync-bench" "$@" \
         "${benchmark_arguments[@]}" --benchmark_out="$output" >"$results/output.txt" 2>&1 ||
         { cat "$results/output.txt" >&2; die "infosync-bench fails with $library"; }

@@ -49,7 +49,9 @@ CollectionAnswer askSwitch(const LogFacts& facts, const ReplayOptions& options) 
     if (options.header.answers.count(kCollectionKey) == 0 && facts.firstAnswer) {
         return {*facts.firstAnswer, facts.laterAnswers};
     }
-    return {answers.of(kCollectionKey), facts.laterAnswers};
+    const std::string first = answers.of(kCollectionKey);
+    const bool changes = facts.firstAnswer && *facts.firstAnswer != first;
+    return {first, facts.laterAnswers + (changes ? 1 : 0)};
 }
 
 view::Session sessionOf(const LogFacts& facts, const ReplayOptions& options,
@@ -84,7 +86,8 @@ ObservedPlayback::ObservedPlayback(StepReader& reader, const LogFacts& facts,
         return;
     }
     const CaptureObserver::Settings settings{options.records, facts.calls == facts.callsWithTime,
-                                             options.header.moreCut != 0, mSetWatch != nullptr};
+                                             options.header.moreCut != 0,
+                                             hasService() && mSetWatch == nullptr};
     mObserver.emplace(*view, sessionOf(facts, options, answer), settings);
     if (mSetWatch != nullptr) {
         mSetWatch(CaptureObserver::watch);

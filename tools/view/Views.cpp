@@ -7,6 +7,8 @@
 
 #include "Capture.h"
 #include "Finding.h"
+#include "Page.h"
+#include "PageParts.h"
 #include "TerminalStyle.h"
 #include "TerminalView.h"
 #include "Trace.h"
@@ -30,6 +32,9 @@ Views::Views(const ViewOptions& options, std::FILE* terminal) {
     }
     if (!options.trace.empty()) {
         mViews.push_back(std::make_unique<Trace>(options.trace));
+    }
+    if (!options.html.empty()) {
+        mViews.push_back(std::make_unique<Page>(options.html, builtInPage()));
     }
 }
 
