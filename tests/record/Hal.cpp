@@ -11,10 +11,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <functional>
-#include <limits>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <new>
@@ -25,6 +23,7 @@
 #include <vector>
 
 #include "Allocations.h"
+#include "CaptureLog.h"
 #include "InfoSynchronizerManager.h"
 #include "Service.h"
 
@@ -45,74 +44,28 @@ Service& service() {
 
 template <typename Function>
 void onThreads(int count, Function function) {
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back(function, i);
+    std::vector<std::thread> threads(static_cast<size_t>(count));
+    for (std::thread& thread : threads) {
+        thread = std::thread(function, static_cast<int>(&thread - threads.data()));
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
 }
 
-template <typename Number, typename Bits>
-Number numberOf(Bits bits) {
-    Number number;
-    static_assert(sizeof(number) == sizeof(bits));
-    std::memcpy(&number, &bits, sizeof(bits));
-    return number;
-}
-
-// Every operation, with every kind of value.
+// The calls of a log that has every operation, with every kind of value, and some that no log has.
 void everything() {
-    const float inf = std::numeric_limits<float>::infinity();
-    const auto nan = numberOf<float>(uint32_t{0xffc12345});
-    const Text zero("a\0b", 3);
-    const Text bytes("\xff\x00\xed\xa0\x80", 5);
-    InfoSynchronizerManager& m = manager();
-    m.registerSnapshotRequestRecord("A");
-    m.registerSnapshotRequestRecord(zero);
-    m.registerSnapshotRequestRecord(bytes);
-    m.updateFrameInfo("A", UINT32_MAX, "\"\\\n\x1f\x7f \xc3\xa9 \xf0\x9f\x98\x80", {0, 7}, 1);
-    m.updateRequestInfo("A", INT32_MIN, INT32_MAX, true, UINT64_MAX, {-1, 2}, {});
-    m.updateUIInfo("A", static_cast<RequestType>(INT32_MIN), 2, -3, 0.1F, "\xc0\xaf");
-    m.updateAnchor3aInfo("A", -inf, 100, nan, INT64_MIN);
-    m.updateAnchor3aInfo("A", -0.0F, 100, std::numeric_limits<float>::denorm_min(), INT64_MAX);
-    m.updateAnchorFrame("A", -1);
-    m.updateVndResultInfo("A", 1, 0);
-    m.updateVndResultInfo("A", SnapshotInfo::VendorResultInfo{{-1, "x"}, {2, "\xf8"}});
-    m.updateZuAlgoInfo("A",
-                       std::vector<Text>{"", "\xe0\x80\x80", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf"});
-    m.updateZuAlgoInfo("A", SnapshotInfo::ZuAlgoInfo{{"n"},
-                                                     {{"n", 1e300}},
-                                                     {{"\xfe", -0.0}},
-                                                     {{"n", numberOf<double>(~uint64_t{0})}},
-                                                     {{"n", "OK"}}});
-    m.updateSnapshotErrorInfo("A", "text");
-    m.updateSnapshotErrorInfo("A", nullptr);
-    m.updatePostProcInfo({{"a", 1}, {"b\n", UINT32_MAX}});
-    m.updatePostProcInfo({{"a", 1}, {"\x80", 2}});
-    m.updateSnapshotTimeInfo("A", 2U);
-    m.updateSnapshotTimeInfo("A", std::map<Text, int64_t>{{"1request_to_zuhal", INT64_MIN}});
-    m.updateNodeProcTime("A", "n", 0.1, -1.0, std::numeric_limits<double>::infinity());
-    m.updateNodeProcState("A", "n", 3);
-    m.updateNodeProcState("A", std::map<Text, Text>{{"n", "OK"}, {"\xf4\x90\x80\x80", ""}});
-    m.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
-    m.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(-7));
-    m.unregisterSnapshotRequestRecord(bytes);
+    std::ifstream log(std::getenv("EXPECTED"));
+    std::vector<replay::LineError> errors;
+    for (Text line; std::getline(log, line);) {
+        const auto step =
+                replay::readCaptureLine(line, "", errors, replay::LineRules::kUnderHeader);
+        if (step.run != nullptr && step.number < 34) {
+            step.run(step.onOtherManager ? other() : manager());
+        }
+    }
     void* out = nullptr;
-    m.request(INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &out);
-    m.request(INFO_SYNC_TYPE_CMD, "key", nullptr);
-    m.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
-    RequestRecord record = *m.mRequestRecordQueue->records.at("A");
-    record.createTime = {1, 2};
-    record.snapshotInfo.timeInfo = {{"3result_from_vendor", 5}};
-    m.request(INFO_SYNC_TYPE_COLLECT, &record, nullptr);
-    m.request(INFO_SYNC_TYPE_COLLECT_ALT, nullptr, nullptr);
-    m.request(static_cast<InfoSyncType>(7), "not read", &out);
-    other().registerSnapshotRequestRecord("B");
-    other().updateAnchorFrame("B", 1);
-    other().request(INFO_SYNC_TYPE_CMD, "key", &out);
+    manager().request(static_cast<InfoSyncType>(7), "not read", &out);
     InfoSynchronizerManager own;
     own.registerSnapshotRequestRecord("C");
     own.updateAnchorFrame("C", 1);
@@ -161,20 +114,41 @@ void order() {
 
 // While one call cannot take effect, no other on the same records has a line.
 void held() {
-    manager().registerSnapshotRequestRecord("A");
-    const std::scoped_lock locks(manager().mRequestRecordQueue->mutex,
-                                 other().mRequestRecordQueue->mutex);
-    for (void (*call)() :
-         {+[] { manager().updateAnchorFrame("A", 1); }, +[] { other().updateAnchorFrame("A", 2); },
-          +[] { manager().unregisterSnapshotRequestRecord("A"); },
-          +[] { other().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
-          +[] { other().updateAnchorFrame("A", 3); },
-          +[] { manager().updateAnchorFrame("A", 4); }}) {
+    // Gives the call time enough to write a line that must not be written.
+    static constexpr auto start = [](void (*call)()) {
         std::thread(call).detach();
-        // Time enough to write a line that must not be written.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    };
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    service().report = [] {
+        start([] { other().unregisterSnapshotRequestRecord("A"); });
+        other().updateAnchorFrame("A", 1);
+    };
+    const std::scoped_lock lock(other().mRequestRecordQueue->mutex);
+    for (void (*call)() : {+[] { manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
+                           +[] { manager().unregisterSnapshotRequestRecord("A"); },
+                           +[] { manager().updateAnchorFrame("A", 2); },
+                           +[] { other().updateAnchorFrame("A", 3); }}) {
+        start(call);
     }
     _exit(0);
+}
+
+// A service that waits, within a report, for calls that have no effect, and so need not wait for
+// it.
+void stuck() {
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    service().report = [] {
+        std::thread([] {
+            for (int i = 0; i < 100; ++i) {
+                manager().updateVndResultInfo("A", 1, -1);
+            }
+        }).join();
+    };
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    manager().updateAnchorFrame("A", 2);
 }
 
 // A service that works with the library while it is asked, changes its mind, and throws.
@@ -204,8 +178,9 @@ void nested() {
             std::printf("%s\n", error.what());
         }
     }
-    service().answer = nullptr;
     service().report = [] {
+        manager().updateVndResultInfo("A", 1, -1);
+        manager().updateVndResultInfo("A", 1, -1);
         other().updateAnchorFrame("A", 3);
         throw 5;
     };
@@ -214,8 +189,9 @@ void nested() {
     } catch (int error) {
         std::printf("%d\n", error);
     }
-    service().report = nullptr;
-    manager().updateAnchorFrame("A", 4);
+    service().report = [] { std::thread([] { manager().updateAnchorFrame("A", 4); }).join(); };
+    RequestRecord record(RequestType{});
+    manager().request(INFO_SYNC_TYPE_COLLECT, &record, nullptr);
 }
 
 // Calls without end from eight threads.
@@ -235,7 +211,6 @@ void load() {
 
 // Calls until both files have been in turn; no more than the limit on the disk at any time.
 void turns() {
-    const char* folder = std::getenv("INFOSYNC_RECORD");
     manager().updateAnchorFrame("first", 1);
     for (int i = 0; i < 900; ++i) {
         const Text image = "image-" + std::to_string(i) + Text(i < 300 ? 100 : 0, 'x');
@@ -244,7 +219,8 @@ void turns() {
             manager().unregisterSnapshotRequestRecord(image);
         }
         uintmax_t bytes = 0;
-        for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        for (const auto& file :
+             std::filesystem::directory_iterator(std::getenv("INFOSYNC_RECORD"))) {
             bytes += file.file_size();
         }
         if (bytes > 65536) {
@@ -253,18 +229,47 @@ void turns() {
     }
 }
 
-// More than a file can hold: a text, and names that are still registered.
+// Calls that are asked about in one part, and answered in the next.
+void parts() {
+    Text answer = "enabled";
+    bool isLong = false;
+    service().answer = [&] {
+        for (int i = std::exchange(isLong, false) ? 9 : 0; i > 0; --i) {
+            std::thread([] {
+                other().updateSnapshotErrorInfo("filler", Text(4000, 'x').c_str());
+            }).join();
+        }
+        return answer;
+    };
+    manager().registerSnapshotRequestRecord("kept");
+    auto* const proxy = std::exchange(InfoSynchronizer::mIntentAwareImpl,
+                                      static_cast<IntentAwareSys*>(service().object));
+    manager().registerSnapshotRequestRecord("nobody saw the answer");
+    InfoSynchronizer::mIntentAwareImpl = proxy;
+    answer = "disabled";
+    manager().registerSnapshotRequestRecord("without a record");
+    answer = "enabled";
+    isLong = true;
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    isLong = true;
+    manager().unregisterSnapshotRequestRecord("kept");
+    manager().registerSnapshotRequestRecord("B");
+    manager().updateFrameInfo("B", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
+}
+
+// More than a file can hold: a text, a name, names that are still registered, and an answer.
 void many() {
     manager().registerSnapshotRequestRecord("A");
     for (int i = 0; i < 300; ++i) {
         manager().registerSnapshotRequestRecord("B-" + std::to_string(i) + Text(100, 'x'));
     }
     manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
-}
-
-// A line that the replay would not read.
-void huge() {
-    manager().updateSnapshotErrorInfo("A", Text(size_t{64} << 20U, 'x').c_str());
+    manager().updateAnchorFrame(Text(20000, 'x'), 1);
+    service().answer = [] { return Text(20000, 'x'); };
+    manager().registerSnapshotRequestRecord("last");
 }
 
 void tenCalls() {
@@ -301,6 +306,7 @@ void memory() {
         manager().snapshotRequestInfoFlush(image, INFO_SYNC_TYPE_COLLECT);
         manager().unregisterSnapshotRequestRecord(image);
     };
+    manager().updateAnchorFrame(Text(size_t{2} << 20U, 'x'), 1);  // whose memory is not kept
     round();
     round();
     constexpr int kPlenty = 1000000;
@@ -322,6 +328,7 @@ void memory() {
 }
 
 void untouched() {
+    std::filesystem::current_path("/");
     tenCalls();
     std::puts(InfoSynchronizer::mIntentAwareImpl == service().object ? "untouched" : "touched");
 }
@@ -364,26 +371,25 @@ void failing() {
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
-    const std::map<Text, void (*)()> deeds = {{"everything", everything},
-                                              {"order", order},
-                                              {"nested", nested},
-                                              {"load", load},
-                                              {"turns", turns},
-                                              {"tenCalls", tenCalls},
-                                              {"forked", forked},
-                                              {"memory", memory},
-                                              {"untouched", untouched},
-                                              {"late", late},
-                                              {"exiting", exiting},
-                                              {"failing", failing},
-                                              {"many", many},
-                                              {"huge", huge},
-                                              {"held", held}};
-    const auto deed = deeds.find(what);
-    if (deed == deeds.end()) {
-        return 2;
-    }
-    deed->second();
+    const std::map<Text, void (*)()> deeds = {
+            {"everything", everything},
+            {"order", order},
+            {"held", held},
+            {"stuck", stuck},
+            {"nested", nested},
+            {"load", load},
+            {"turns", turns},
+            {"parts", parts},
+            {"many", many},
+            {"huge", [] { manager().updateSnapshotErrorInfo("A", Text(1U << 26U, 'x').c_str()); }},
+            {"tenCalls", tenCalls},
+            {"forked", forked},
+            {"memory", memory},
+            {"untouched", untouched},
+            {"late", late},
+            {"exiting", exiting},
+            {"failing", failing}};
+    deeds.at(what)();
     return 0;
 }
 

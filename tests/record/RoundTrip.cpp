@@ -13,15 +13,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iomanip>
-#include <limits>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "HostRoot.h"
 #include "InfoSynchronizerManager.h"
@@ -100,7 +99,11 @@ class Stage {
     uint32_t number() { return static_cast<uint32_t>(mRandom()); }
     int32_t integer() { return static_cast<int32_t>(number()); }
     int64_t wide() { return static_cast<int64_t>(mRandom() * mRandom()); }
-    Text text() { return chance(9) ? Text("\xc3(\0", 3) : Text(pick(40), 'x'); }
+    Text text() {
+        static const Text rare[] = {Text("\xc3(\0", 3), "\x1f", "\xf5\x80\x80\x80",
+                                    "\xf4\x8f\xbf\xbf"};
+        return chance(9) ? rare[pick(4)] : Text(pick(40), 'x');
+    }
     Text node() { return "node " + std::to_string(pick(4)); }
     double real() {
         const double special[] = {-0.0, std::nan("7"), -HUGE_VAL, 1e-310, -1.0};
@@ -115,9 +118,10 @@ class Stage {
 
     void request() {
         void* out = nullptr;
+        const Text key = chance(5) ? Text(1100, 'k') : "iso";
         switch (pick(8)) {
             case 0:
-                return manager().request(camInfosync::INFO_SYNC_TYPE_CMD, "iso", &out);
+                return manager().request(camInfosync::INFO_SYNC_TYPE_CMD, key.c_str(), &out);
             case 1:
                 return otherManager().request(camInfosync::INFO_SYNC_TYPE_CMD, nullptr, &out);
             case 2:
@@ -245,48 +249,15 @@ int play(const Text& path, const Text& folder, const char* player) {
     return entry(&options);
 }
 
-// Everything that a queue holds, as text.
-class Dump {
-  public:
-    explicit Dump(const Text& path) : mFile(path) { mFile << std::hexfloat; }
-
-    void write(Manager& from) {
-        const camInfosync::RequestRecordQueue& queue = *from.mRequestRecordQueue;
-        for (const auto& [name, record] : queue.records) {
-            write(name);
-            std::apply([this](const auto&... fields) { (write(fields), ...); },
-                       fuzz::contentOf(*record));
-            mFile << '\n';
-        }
-        write(queue.errorImageNames);
-        write(queue.postProcInfo);
-        mFile << '\n';
+// Everything that a queue holds, byte for byte, also of texts that are not UTF-8.
+nlohmann::json contentOf(Manager& from) {
+    const camInfosync::RequestRecordQueue& queue = *from.mRequestRecordQueue;
+    nlohmann::json records;
+    for (const auto& [name, record] : queue.records) {
+        records[name] = fuzz::contentOf(*record);
     }
-
-  private:
-    void write(const Text& text) { mFile << std::quoted(text) << ' '; }
-    template <typename Key, typename Value>
-    void write(const std::map<Key, Value>& map) {
-        for (const auto& [key, value] : map) {
-            write(key);
-            write(value);
-        }
-        mFile << "; ";
-    }
-    template <typename Element>
-    void write(const std::vector<Element>& list) {
-        for (const Element& element : list) {
-            write(element);
-        }
-        mFile << ", ";
-    }
-    template <typename Number>
-    void write(Number number) {
-        mFile << +number << ' ';
-    }
-
-    std::ofstream mFile;
-};
+    return {records, queue.errorImageNames, queue.postProcInfo};
+}
 
 }  // namespace
 
@@ -304,8 +275,9 @@ int main(int argc, char** argv) {
     } else {
         status = play(arguments.at(1), arguments.at(2), argv[4]);
     }
-    Dump dump(arguments.at(arguments[0] == "take" ? 3 : 2) + "/left.txt");
-    dump.write(manager());
-    dump.write(otherManager());
+    std::ofstream left(arguments.at(arguments[0] == "take" ? 3 : 2) + "/left.cbor");
+    for (Manager* from : {&manager(), &otherManager()}) {
+        nlohmann::json::to_cbor(contentOf(*from), left);
+    }
     return status;
 }

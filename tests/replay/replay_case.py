@@ -90,7 +90,9 @@ class ReplayTest(unittest.TestCase):
         return name
 
     def options(self, environment=None, **options):
-        clean = {key: value for key, value in os.environ.items() if not key.startswith("INFOSYNC_")}
+        clean = {key: value for key, value in os.environ.items()
+                 if not key.startswith("INFOSYNC_") and key != "COLUMNS"}
+        clean["LC_ALL"] = "C"
         return {"cwd": self.folder, "env": {**clean, **(environment or {})}, **options}
 
     def run_tool(self, *arguments, status=0, stdin=b"", command=None, environment=None, **options):

@@ -14,6 +14,7 @@ import unittest
 from replay_case import (COMMAND, HERE, SECONDS, ReplayTest, anchor, call, fail, flush, frame,
                          limit, register, slow_calls)
 
+NO_CALLS = "standard input: has no calls"
 LONGEST_LINE = 1_048_576
 FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
 
@@ -28,7 +29,7 @@ class Reports(ReplayTest):
         self.play("plain-shot")
 
     def test_burst_of_eight(self):
-        self.play("burst-of-eight")
+        self.play("burst-of-eight", "--summary")
 
     def test_night_shot(self):
         self.play("night-shot")
@@ -42,6 +43,9 @@ class Reports(ReplayTest):
     def test_json_to_stdout(self):
         self.run_tool("plain-shot.jsonl", "--json", "-")
         self.expect("plain-shot.calls.jsonl", self.out)
+        self.assertFalse(self.says_handle)
+        self.run_tool("plain-shot.jsonl", "--json", "-", "--log-level", "debug")
+        self.expect("plain-shot.calls.jsonl", self.out)
         self.assertTrue(self.says_handle)
 
     def test_quiet(self):
@@ -51,17 +55,17 @@ class Reports(ReplayTest):
 
     def test_stdin(self):
         log = (self.folder / "plain-shot.jsonl").read_bytes()
-        for pipe in ("-", "/dev/stdin"):
+        for pipe, name in (("-", "standard input"), ("/dev/stdin", "/dev/stdin")):
             self.run_tool(pipe, stdin=log)
-            self.expect("plain-shot.txt", self.out)
+            self.expect("plain-shot.txt", self.out.replace(name, "plain-shot.jsonl"))
         (self.folder / "log.jsonl").write_bytes(b"read by another\n" + log)
         with open(self.folder / "log.jsonl", "rb", buffering=0) as file:
             file.readline()
             self.run_tool("-", stdin=file)  # from where the file is
-        self.expect("plain-shot.txt", self.out)
+        self.expect("plain-shot.txt", self.out.replace("standard input", "plain-shot.jsonl"))
 
     def test_repeat(self):
-        self.run_tool("plain-shot.jsonl", "--repeat", "3")
+        self.run_tool("plain-shot.jsonl", "--repeat", "3", "--summary")
         self.expect("repeat.txt", self.out)
 
     def test_names_in_totals(self):
@@ -70,15 +74,15 @@ class Reports(ReplayTest):
             lines = [line(name) for name in names[:count] for line in (register, fail)]
             self.run_tool(self.write(*lines, fail("03")))
             self.assertEqual(f"{count}: {', '.join(names[:10])}{more}", self.total("records left"))
-            shown = [f"{name} ({'2 errors' if name == '03' else '1 error'})" for name in names[:10]]
-            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("failed images"))
+            shown = [f"{name} ({3 if name == '03' else 2} failures)" for name in names[:10]]
+            self.assertEqual(f"{count}: {', '.join(shown)}{more}", self.total("failed captures"))
 
     def test_unprintable_names_in_totals(self):
         name = "\\\u0007\u007f\u009b" + "x" * 60
         self.run_tool(self.write(register(name), fail(name)))
-        printed = "\\\\\\x07\\x7f\\xc2\\x9b" + "x" * 55 + "..."
+        printed = "\\\\\\x07\\x7f\\xc2\\x9bx.." + "x" * 39
         self.assertEqual("1: " + printed, self.total("records left"))
-        self.assertEqual(f"1: {printed} (1 error)", self.total("failed images"))
+        self.assertEqual(f"1: {printed} (2 failures)", self.total("failed captures"))
 
     def test_answers_are_made_printable(self):
         for answer, printed in (
@@ -157,12 +161,13 @@ class Options(ReplayTest):
         self.assertEqual(os.environ["VERSION"] + "\n", self.out)
         self.run_tool("--help")
         for option in ("--json FILE", "--repeat N", "--property KEY=VALUE", "--answer TEXT",
-                       "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
+                       "--service", "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
             self.assertIn(option, self.out)
 
     def test_bad_options(self):
         for *arguments, says in (["log is required"],
                                  ["--bogus", "--bogus"], ["--property", "a=b", "c=d", "c=d"],
+                                 ["--service", "--no-service", "--no-service excludes --service"],
                                  ["--repeat", "0", "--repeat"],
                                  ["--repeat", "4294967295", "--repeat"],
                                  ["--repeat", "4294967294", "bad.jsonl:1: "],
@@ -210,12 +215,11 @@ class Threads(ReplayTest):
         lines = [line(name, thread=name[0]) for name in names for line in (register, frame, flush)]
         self.run_tool(self.write(*lines), "--json", "calls.jsonl")
         calls = [json.loads(line) for line in open(self.folder / "calls.jsonl", encoding="utf-8")]
-        reports = re.findall(r"^report (\d+): (.*)$", self.out, re.M)
-        self.assertEqual([str(number) for number in range(1, 401)],
-                         [report[0] for report in reports])
-        self.assertEqual(sorted(names), sorted(report[1] for report in reports))
-        self.assertEqual([report[1] for report in reports for _ in range(10)],
+        reports = [one["id"] for one in calls[::10]]
+        self.assertEqual([name for name in reports for _ in range(10)],
                          [one["id"] for one in calls])
+        self.assertEqual(sorted(names), sorted(reports))
+        self.assertEqual(sorted(names), sorted(re.findall(r"^  ([a-d]\.\d+) ", self.out, re.M)))
         self.assertEqual(("1200", "400", "4000"), (self.total("calls made"),
                          self.total("flush calls"), self.total("service calls")))
 
@@ -253,8 +257,8 @@ class Refused(ReplayTest):
             line, *errors = case.decode(errors="surrogateescape").rstrip("\n").split("\n    ")
             self.run_tool("-", "--quiet", "--log-level", "error", status=2 if errors else 0,
                           stdin=line.encode(errors="surrogateescape"))
-            self.assertEqual([f"standard input:1: {error}" for error in errors],
-                             self.err.splitlines(), line)
+            said = [text for text in self.err.splitlines() if text != NO_CALLS]
+            self.assertEqual([f"standard input:1: {error}" for error in errors], said, line)
 
     def test_unprintable_texts_in_errors(self):
         text = "\u007f\u009b" + "x" * 58
@@ -374,7 +378,9 @@ class ProgressBar(ReplayTest):
 
     def draw(self, *options, **streams):
         log = self.write('{"sleepMs":1200}', *["             "] * 299)
-        return self.run_on_terminal(log, *options, **streams)
+        said = self.run_on_terminal(log, *options, **streams)
+        self.assertIn("log.jsonl: has no calls\r\n", said)
+        return said.replace("log.jsonl: has no calls\r\n", "")
 
     def test_bar(self):
         self.assertEqual("\r[######################..................]  56%"
@@ -386,7 +392,7 @@ class ProgressBar(ReplayTest):
         self.assertEqual("", self.draw("--quiet"))
         self.assertNotIn("%", self.draw(stdout=None))
         self.run_tool(self.write(*[""] * 1000, '{"sleepMs":1200}', *[""] * 1000))
-        self.assertEqual("", self.err)
+        self.assertEqual("log.jsonl: has no calls\n", self.err)
 
 
 class Installed(ReplayTest):

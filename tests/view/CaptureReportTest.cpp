@@ -78,7 +78,7 @@ TEST(CaptureReport, HasAllThatIsKnown) {
             "    node           start       second   completion    took ms  state\n"
             "    denoise  77121990.75  77121991.75  77125902.25       3912  OK\n"
             "    fusion      77125903    timed out    not known  not known  OK\n"
-            "    tone               0    not known    not known  not known  none, has not run\n"
+            "    tone               0    not known    not known    not run  none\n"
             "  vendor results\n"
             "    61  error_none\n"
             "    63  error_request\n"

@@ -29,6 +29,9 @@ TEST(FindingText, BeginsWithThePlace) {
             "    night.jsonl:21  result 63 is error_request\\x1b[2J\n"
             "                    never removed\n",
             findingLines(findings, sampleSession(), 4, kStyle));
+    Session piped;
+    piped.sources = {"-"};
+    EXPECT_EQ("standard input:3", placeText({0, 3}, piped));
     EXPECT_EQ("?:3", placeText({7, 3}, sampleSession()));
 }
 

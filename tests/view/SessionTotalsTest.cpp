@@ -39,8 +39,9 @@ TEST(SessionTotals, CountCallsWithoutEffect) {
     totals.add(capture);
     Session session;
     session.findings = {sampleFinding(FindingKind::kCollectionOff, ""),
-                        sampleFinding(FindingKind::kUnknownName, "")};
-    EXPECT_EQ("1 capture, 0 failed, 2 calls without effect", totals.line(session));
+                        sampleFinding(FindingKind::kGap, "")};
+    session.findings[0].calls = 7;
+    EXPECT_EQ("1 capture, 0 failed, 8 calls without effect", totals.line(session));
     EXPECT_NE(std::string::npos, totals.text(session).find("  records left     0\n"));
 }
 

@@ -60,6 +60,9 @@ TEST(TerminalText, GivesTimesAsManyDigitsAsMakeSense) {
     EXPECT_EQ("1e+300", milliseconds(1e300));
     EXPECT_EQ("not known", milliseconds(std::optional<double>()));
     EXPECT_EQ("77121990.75", number(77121990.75));
+    EXPECT_EQ("25798872.339", number(25798872.339408));
+    EXPECT_EQ("0", number(-1e-9));
+    EXPECT_EQ("1e+300", number(1e300));
     EXPECT_EQ("-inf", number(-INFINITY));
 }
 

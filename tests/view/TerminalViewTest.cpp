@@ -67,6 +67,9 @@ TEST(TerminalView, SaysWhatWentWrongBeforeAnythingElse) {
                                 "\n"
                                 "captures\n"));
     EXPECT_EQ(1u, count(shown(1), "mfnr failed"));
+    ViewOptions options;
+    options.notesAreTold = true;
+    EXPECT_EQ(0u, shown(8, options).find("findings\n  log:3"));
 }
 
 TEST(TerminalView, ShowsUpTo20CapturesInFull) {

@@ -31,9 +31,9 @@ enum class CallKind {
 
 CallKind kindOf(const CaptureStep& step);
 
-// Whether the service is asked first.
-inline bool isSwitched(CallKind kind) {
-    return kind <= CallKind::kFlush;
+// Whether the service is asked first, and makes no report of it then.
+inline bool asksOnly(CallKind kind) {
+    return kind == CallKind::kRegister || kind == CallKind::kUnregister;
 }
 inline bool isUpdate(CallKind kind) {
     return kind > CallKind::kRequest;

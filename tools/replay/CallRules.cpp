@@ -25,12 +25,6 @@ namespace {
 
 using view::FindingKind;
 
-view::Finding finding(const CaptureStep& step, FindingKind kind, const std::string& text) {
-    const std::string operation(step.operation);
-    const Origin origin = originOf(step);
-    return {kind, operation + ": " + text, operation, origin.place, origin.at};
-}
-
 // Whether a code is not one of the first `count`.
 bool isOut(const CaptureStep& step, size_t count) {
     const int64_t code = step.arguments.code.value_or(0);
@@ -42,28 +36,44 @@ std::optional<view::Finding> checkCode(const CaptureStep& step, FindingKind kind
     if (!isOut(step, count)) {
         return std::nullopt;
     }
-    return finding(step, kind,
-                   std::string(what) + ' ' + std::to_string(*step.arguments.code) +
-                           " is none; they go from 0 to " + std::to_string(count - 1));
+    return callFinding(step, kind,
+                       std::string(what) + ' ' + std::to_string(*step.arguments.code) +
+                               " is none; they go from 0 to " + std::to_string(count - 1));
 }
 
 std::optional<view::Finding> checkType(const CaptureStep& step, bool isKnown, const char* known) {
     if (isKnown) {
         return std::nullopt;
     }
-    return finding(step, FindingKind::kNoReportType,
-                   "type " + std::to_string(step.arguments.code.value_or(0)) + known);
+    return callFinding(step, FindingKind::kNoReportType,
+                       "type " + std::to_string(step.arguments.code.value_or(0)) + known);
+}
+
+std::string whatIsNull(const CaptureStep& step) {
+    if (step.operation != "request") {
+        return "the text";
+    }
+    return step.arguments.code == camInfosync::INFO_SYNC_TYPE_CMD
+                   ? "the key or the place for the result"
+                   : "the record";
 }
 
 }  // namespace
 
+view::Finding callFinding(const CaptureStep& step, FindingKind kind, const std::string& text) {
+    const std::string operation(step.operation);
+    const Origin origin = originOf(step);
+    return {kind, operation + ": " + text, operation, origin.place, origin.at};
+}
+
 std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind) {
     if (step.onOtherManager && isUpdate(kind) && kind != CallKind::kPostProcessing) {
-        return finding(step, FindingKind::kOtherManager,
-                       "made on the manager of GetInstance(), which has no captures");
+        return callFinding(step, FindingKind::kOtherManager,
+                           "made on the manager of GetInstance(), which has no captures");
     }
     if (step.arguments.isNull) {
-        return finding(step, FindingKind::kNothingGiven, "null is given where there must be more");
+        return callFinding(step, FindingKind::kNothingGiven,
+                           "null is given for " + whatIsNull(step));
     }
     const int64_t type = step.arguments.code.value_or(0);
     switch (kind) {
@@ -96,9 +106,9 @@ std::vector<view::Finding> unknownStages(const CaptureStep& step, CallKind kind)
                                                std::end(camInfosync::TimeStageToChar));
     for (const std::string& name : step.arguments.names) {
         if (std::find(stages.begin(), stages.end(), name) == stages.end()) {
-            findings.push_back(
-                    finding(step, FindingKind::kUnknownStageName,
-                            shortened(name) + " is no stage's name" + didYouMean(name, stages)));
+            findings.push_back(callFinding(
+                    step, FindingKind::kUnknownStageName,
+                    shortened(name) + " is no stage's name" + didYouMean(name, stages)));
         }
     }
     return findings;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "CallKind.h"
@@ -10,6 +11,9 @@
 #include "Finding.h"
 
 namespace replay {
+
+// A finding about a call as such.
+view::Finding callFinding(const CaptureStep& step, view::FindingKind kind, const std::string& text);
 
 // Why the call has no effect whatever the library holds, if so.
 std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind);

@@ -39,48 +39,85 @@ CaptureObserver::CaptureObserver(view::View& view, view::Session session, const 
       mSession(std::move(session)),
       mFindings(settings.beginningsAreLost) {}
 
+struct CaptureObserver::Deferred {
+    explicit Deferred(ObservedCall observed) : step(*observed.step), call(std::move(observed)) {
+        call.step = &step;
+    }
+
+    const CaptureStep step;
+    ObservedCall call;
+};
+
+CaptureObserver::~CaptureObserver() = default;
+
 void CaptureObserver::around(const CaptureStep& step, const std::function<void()>& call) {
     Observation observed(*this, step);
-    // Of the others, those wait that take the queue's mutex anyway and ask nobody before.
-    const bool waits =
-            (isUpdate(observed.kind) && !uselessCall(step, observed.kind)) ||
-            (isSwitched(observed.kind) && observed.kind != CallKind::kFlush && !hasService());
-    observed.lock.lock();
-    observed.before = look(step, observed.kind);
-    if (observed.before.record != nullptr && isUpdate(observed.kind)) {
-        TrackedCapture& capture = track(observed.before.name, observed.before.record);
-        if (observed.kind == CallKind::kStage || observed.kind == CallKind::kStages) {
-            capture.noteStage(step, observed.kind);
-            noteDeskTimes(capture);
-        }
-    }
-    if (!waits) {
-        observed.lock.unlock();
-    }
+    begin(observed);
     call();
-    if (!observed.lock.owns_lock()) {
-        observed.lock.lock();
-    }
-    judge(observed);
+    end(observed);
 }
 
-// From here to the call's end, a registration or unregistration asks nobody.
-void CaptureObserver::answered(const std::string& key, const std::string* answer) {
-    Observation* call = Observation::current();
-    if (call == nullptr || key != kCollectionKey || !isSwitched(call->kind)) {
+void CaptureObserver::begin(Observation& observed) {
+    ObservedCall& call = observed.call;
+    const bool updates = isUpdate(call.kind) && !call.useless && !call.step->onOtherManager;
+    if (!updates && (!asksOnly(call.kind) || hasService())) {
         return;
     }
-    call->serviceThrew = answer == nullptr;
-    call->answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
-    if (call->kind != CallKind::kFlush && !call->lock.owns_lock()) {
-        call->lock.lock();
-        call->before = call->owner.look(call->step, call->kind);
+    observed.lock.lock();
+    if (updates) {
+        call.before = look(*call.step, call.kind);
+    }
+    if (call.before.record != nullptr) {
+        TrackedCapture& capture = track(call.before.name, call.before.record);
+        capture.noteStage(*call.step, call.kind);
+        noteDeskTimes(capture);
+    }
+}
+
+// From here to the call's end, a registration or unregistration asks nobody, and takes the queue's
+// mutex if collection is on.
+void CaptureObserver::answered(const std::string& key, const std::string* answer) {
+    Observation* observed = Observation::current();
+    if (observed == nullptr || key != kCollectionKey) {
+        return;
+    }
+    ObservedCall& call = observed->call;
+    call.serviceThrew = answer == nullptr;
+    call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
+    const bool isOn = !switchThatIsOff(call.answer, call.serviceThrew);
+    if (asksOnly(call.kind) && isOn && !observed->lock.owns_lock()) {
+        observed->lock.lock();
+    }
+}
+
+void CaptureObserver::end(Observation& observed) {
+    if (observed.lock.owns_lock() || observed.lock.try_lock()) {
+        judgeDeferred();
+        judge(observed.call);
+        return;
+    }
+    auto deferred = std::make_unique<Deferred>(std::move(observed.call));
+    const std::lock_guard<std::mutex> lock(mDeferredMutex);
+    mDeferred.push_back(std::move(deferred));
+}
+
+void CaptureObserver::judgeDeferred() {
+    std::vector<std::unique_ptr<Deferred>> calls;
+    {
+        const std::lock_guard<std::mutex> lock(mDeferredMutex);
+        calls.swap(mDeferred);
+    }
+    for (const auto& deferred : calls) {
+        judge(deferred->call);
     }
 }
 
 CaptureObserver::Look CaptureObserver::look(const CaptureStep& step, CallKind kind) const {
     const std::string& name = step.arguments.image;
-    const std::lock_guard<std::mutex> lock(mQueue.mutex);
+    std::unique_lock<std::mutex> lock(mQueue.mutex, std::defer_lock);
+    if (mSettings.isForeign) {
+        lock.lock();
+    }
     const auto position = mQueue.records.find(name);
     Look look;
     look.isRegistered = position != mQueue.records.end();
@@ -103,7 +140,7 @@ CaptureObserver::Look CaptureObserver::look(const CaptureStep& step, CallKind ki
     return look;
 }
 
-void CaptureObserver::judge(Observation& call) {
+void CaptureObserver::judge(ObservedCall& call) {
     switch (call.kind) {
         case CallKind::kRegister:
             judgeRegistration(call);
@@ -124,117 +161,111 @@ void CaptureObserver::judge(Observation& call) {
 }
 
 // Returns whether no switch has kept the call from its effect.
-bool CaptureObserver::judgeSwitch(Observation& call) {
+bool CaptureObserver::judgeSwitch(ObservedCall& call) {
     const auto off = switchThatIsOff(call.answer, call.serviceThrew);
     if (!off) {
         return true;
     }
-    const std::string& name = call.step.arguments.image;
-    mFindings.addSwitchedOff(call.step, *off, call.answer.value_or(""));
+    const std::string& name = call.step->arguments.image;
+    mFindings.addSwitchedOff(*call.step, *off, call.answer.value_or(""));
     if (TrackedCapture* capture = find(name); capture != nullptr) {
-        capture->addCall(call.step, false);
+        capture->addCall(*call.step, false);
     } else if (call.kind == CallKind::kRegister) {
         mFindings.noteRefused(name, *off);
     }
     return false;
 }
 
-void CaptureObserver::judgeRegistration(Observation& call) {
+void CaptureObserver::judgeRegistration(ObservedCall& call) {
     if (!judgeSwitch(call)) {
         return;
     }
-    const std::string& name = call.step.arguments.image;
-    const Look after = look(call.step, call.kind);
-    if (after.record == nullptr) {
-        return;  // another thread has removed it already, where nobody could be made to wait
+    const RecordPointer record = look(*call.step, call.kind).record;
+    if (record == nullptr) {
+        return;  // removed meanwhile, which takes a foreign service
     }
-    TrackedCapture& capture = track(name, after.record);
-    if (after.record != call.before.record && !capture.isRegistered()) {
-        capture.noteRegistration(call.step);
-        noteDeskTimes(capture);
+    TrackedCapture& capture = track(call.image(), record);
+    if (capture.isRegistered()) {
+        addUseless(call, callFinding(*call.step, FindingKind::kAlreadyRegistered,
+                                     "registered already, in line " +
+                                             std::to_string(capture.registeredLine()) +
+                                             ", and left as it is"));
         return;
     }
-    addUseless(call, {FindingKind::kAlreadyRegistered,
-                      std::string(call.step.operation) + ": registered already, in line " +
-                              std::to_string(capture.registeredLine()) + ", and left as it is",
-                      std::string(call.step.operation), originOf(call.step).place,
-                      originOf(call.step).at});
+    capture.noteRegistration(*call.step);
+    noteDeskTimes(capture);
 }
 
-void CaptureObserver::judgeUnregistration(Observation& call) {
+void CaptureObserver::judgeUnregistration(ObservedCall& call) {
     if (!judgeSwitch(call)) {
         return;
     }
-    const std::string& name = call.step.arguments.image;
-    const TrackedCapture* capture = find(name);
-    if (capture != nullptr && capture->record() != look(call.step, call.kind).record) {
-        end(name, call.step);
-    } else {
+    const auto position = mCaptures.find(call.image());
+    if (position == mCaptures.end() ||
+        position->second->record() == look(*call.step, call.kind).record) {
         addMissing(call);
+        return;
     }
+    const auto capture = mCaptures.extract(position);
+    capture.mapped()->noteRemoval(*call.step);
+    handOn(*capture.mapped());
+    mFindings.noteRemoved(capture.key(), call.step->line);
 }
 
-void CaptureObserver::judgeFlush(Observation& call) {
-    const std::string& name = call.step.arguments.image;
+void CaptureObserver::judgeFlush(ObservedCall& call) {
     if (call.isReported) {
-        // If the capture is over meanwhile, it has taken the report with it.
-        if (TrackedCapture* capture = find(name); capture != nullptr) {
-            takeReports(*capture);
-        }
-        return;
+        return;  // its capture takes the report
     }
     if (!judgeSwitch(call)) {
         return;
     }
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        addUseless(call, *std::move(useless));
+    if (call.useless) {
+        addUseless(call, *std::move(call.useless));
         return;
     }
-    // Without a service that shows its calls, only a look before the flush tells whether there was
-    // something to report.
-    TrackedCapture* capture = mSettings.canWatch ? nullptr : find(name);
-    if (capture == nullptr || call.before.record != capture->record()) {
+    // Without a service that shows its calls, what is there now was flushed.
+    const bool isShown = hasService() && !mSettings.isForeign;
+    TrackedCapture* capture = isShown ? nullptr : find(call.image());
+    if (capture == nullptr) {
         addMissing(call);
         return;
     }
-    capture->noteFlushWithoutReport(call.step);
+    capture->noteFlushWithoutReport(*call.step);
     if (!hasService()) {
-        capture->addFinding(
-                {FindingKind::kNoService,
-                 std::string(call.step.operation) + ": there is no service to report to",
-                 std::string(call.step.operation), originOf(call.step).place,
-                 originOf(call.step).at});
+        capture->addFinding(callFinding(*call.step, FindingKind::kNoService,
+                                        "there is no service to report to"));
     }
 }
 
-void CaptureObserver::judgeRequest(Observation& call) {
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        mFindings.add(*std::move(useless));
+void CaptureObserver::judgeRequest(ObservedCall& call) {
+    if (call.useless) {
+        mFindings.add(*std::move(call.useless));
         return;
     }
-    const RecordPointer& record = call.step.arguments.record;
+    const RecordPointer& record = call.step->arguments.record;
     if (record == nullptr) {
         return;  // a command
     }
     // It is a capture's that is under way, or one of its own.
-    const std::string& name = call.step.arguments.image;
+    const std::string& name = call.step->arguments.image;
     TrackedCapture* capture = find(name);
     TrackedCapture own(mRegistered + 1, name, record);
     if (capture == nullptr) {
         mRegistered += 1;
+        own.noteGiven(*call.step);
         capture = &own;
     }
     for (view::Report& report : call.requested) {
-        capture->noteReport({callOf(call.step), std::move(report), {}}, false);
+        capture->noteReport({callOf(*call.step), std::move(report), {}}, false);
     }
     if (capture == &own) {
         handOn(own);
     }
 }
 
-void CaptureObserver::judgeUpdate(Observation& call) {
-    if (auto useless = uselessCall(call.step, call.kind); useless) {
-        addUseless(call, *std::move(useless));
+void CaptureObserver::judgeUpdate(ObservedCall& call) {
+    if (call.useless) {
+        addUseless(call, *std::move(call.useless));
         return;
     }
     if (call.kind == CallKind::kPostProcessing) {
@@ -245,34 +276,31 @@ void CaptureObserver::judgeUpdate(Observation& call) {
             addMissing(call);
             return;
         }
-        addUseless(call,
-                   {FindingKind::kBeforeFrameInfo,
-                    std::string(call.step.operation) +
-                            ": goes by the name that updateFrameInfo tells, and none has told it",
-                    std::string(call.step.operation), originOf(call.step).place,
-                    originOf(call.step).at});
+        addUseless(
+                call,
+                callFinding(*call.step, FindingKind::kBeforeFrameInfo,
+                            "goes by the name that updateFrameInfo tells, and none has told it"));
         return;
     }
     TrackedCapture& capture = track(call.before.name, call.before.record);
-    std::vector<view::Finding> findings = unknownStages(call.step, call.kind);
-    capture.addCall(call.step,
-                    findings.empty() || findings.size() < call.step.arguments.names.size());
+    std::vector<view::Finding> findings = unknownStages(*call.step, call.kind);
+    capture.addCall(*call.step,
+                    findings.empty() || findings.size() < call.step->arguments.names.size());
     for (view::Finding& finding : findings) {
         capture.addFinding(std::move(finding));
     }
-    const std::lock_guard<std::mutex> lock(mQueue.mutex);
-    capture.noteUpdate(call.step, call.kind, call.before.errors);
+    capture.noteUpdate(*call.step, call.kind, call.before.errors);
 }
 
-void CaptureObserver::addMissing(Observation& call) {
-    mFindings.addMissing(call.step, find(call.step.arguments.image) != nullptr);
+void CaptureObserver::addMissing(ObservedCall& call) {
+    mFindings.addMissing(*call.step, find(call.step->arguments.image) != nullptr);
 }
 
 // Adds a finding on a call to its capture if there is one.
-void CaptureObserver::addUseless(Observation& call, view::Finding finding) {
-    const std::string& name = call.step.arguments.image;
+void CaptureObserver::addUseless(ObservedCall& call, view::Finding finding) {
+    const std::string& name = call.step->arguments.image;
     if (TrackedCapture* capture = find(name); capture != nullptr) {
-        capture->addCall(call.step, false);
+        capture->addCall(*call.step, false);
         capture->addFinding(std::move(finding));
     } else {
         mFindings.add(std::move(finding), name);
@@ -310,13 +338,6 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
     return *capture;
 }
 
-void CaptureObserver::end(const std::string& name, const CaptureStep& step) {
-    const auto capture = mCaptures.extract(name);
-    capture.mapped()->noteRemoval(step);
-    handOn(*capture.mapped());
-    mFindings.noteRemoved(name, step.line);
-}
-
 void CaptureObserver::handOn(TrackedCapture& capture) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
@@ -332,6 +353,7 @@ void CaptureObserver::handOn(TrackedCapture& capture) {
 
 void CaptureObserver::finish(const Counts& counts) {
     const std::lock_guard<std::mutex> lock(mMutex);
+    judgeDeferred();
     std::vector<std::unique_ptr<TrackedCapture>> left;
     for (auto& [name, capture] : mCaptures) {
         left.push_back(std::move(capture));

@@ -31,7 +31,11 @@ namespace replay {
 // What became of a call is seen in the library: in its records before and after the call, and in
 // what the service receives from it. So that no other call comes in between, those that change
 // records wait for each other: an update from its beginning to its end, and registration and
-// unregistration from the service's answer on. Nothing waits here while the service may run.
+// unregistration from the service's answer on. They would wait for the queue's mutex otherwise;
+// other calls wait for nobody, so that the service may wait for any call.
+//
+// That takes a service that shows its calls and lets its answers be given. With another one, calls
+// of several threads may be taken one for the other.
 //
 // Thread safety: any thread, but for the constructor and finish.
 class CaptureObserver {
@@ -40,11 +44,14 @@ class CaptureObserver {
         bool records = false;            // put each flushed record's line to the call that ends it
         bool isTimed = false;            // all calls of the log have a time
         bool beginningsAreLost = false;  // captures may have begun in an earlier log
-        bool canWatch = false;           // the service shows its calls
+        bool isForeign = false;          // the service neither shows its calls nor lets it answer
     };
 
     // The view must outlive this. `session` is what is known of it before the log is played.
     CaptureObserver(view::View& view, view::Session session, const Settings& settings);
+    ~CaptureObserver();
+    CaptureObserver(const CaptureObserver&) = delete;
+    CaptureObserver& operator=(const CaptureObserver&) = delete;
 
     // For Playback and the service.
     void around(const CaptureStep& step, const std::function<void()>& call);
@@ -72,19 +79,25 @@ class CaptureObserver {
         size_t errors = 0;
     };
 
-    // A call from its beginning to its end.
+    struct ObservedCall;
     class Observation;
 
+    // A call that is over while nobody may wait.
+    struct Deferred;
+
     Look look(const CaptureStep& step, CallKind kind) const;
-    void judge(Observation& call);
-    void judgeRegistration(Observation& call);
-    void judgeUnregistration(Observation& call);
-    void judgeFlush(Observation& call);
-    void judgeRequest(Observation& call);
-    void judgeUpdate(Observation& call);
-    bool judgeSwitch(Observation& call);
-    void addUseless(Observation& call, view::Finding finding);
-    void addMissing(Observation& call);
+    void begin(Observation& observed);
+    void end(Observation& observed);
+    void judgeDeferred();
+    void judge(ObservedCall& call);
+    void judgeRegistration(ObservedCall& call);
+    void judgeUnregistration(ObservedCall& call);
+    void judgeFlush(ObservedCall& call);
+    void judgeRequest(ObservedCall& call);
+    void judgeUpdate(ObservedCall& call);
+    bool judgeSwitch(ObservedCall& call);
+    void addUseless(ObservedCall& call, view::Finding finding);
+    void addMissing(ObservedCall& call);
     void noteDeskTimes(const TrackedCapture& capture);
     void takeReports(TrackedCapture& capture);
     void watchCall(Observation& observed, ServiceCall& call);
@@ -93,18 +106,22 @@ class CaptureObserver {
     TrackedCapture* find(const std::string& name);
     TrackedCapture& track(const std::string& name, const RecordPointer& record);
     void handOn(TrackedCapture& capture);
-    void end(const std::string& name, const CaptureStep& step);
 
     camInfosync::RequestRecordQueue& mQueue;
     view::View& mView;
     const Settings mSettings;
 
-    std::mutex mMutex;  // taken before the queue's. Guards what follows
+    // Taken before the queue's mutex. Guards what follows, and unless the service is foreign the
+    // queue's records and their content: who changes these holds both.
+    std::mutex mMutex;
     view::Session mSession;
     SessionFindings mFindings;
     std::map<std::string, std::unique_ptr<TrackedCapture>> mCaptures;
     uint64_t mRegistered = 0;
     std::exception_ptr mViewThrew;
+
+    std::mutex mDeferredMutex;                         // taken last
+    std::vector<std::unique_ptr<Deferred>> mDeferred;  // guarded by mDeferredMutex
 
     FlushedRecords mFlushed;  // has a mutex of its own, which may be taken under the queue's
 };

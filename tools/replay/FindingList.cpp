@@ -58,6 +58,7 @@ std::vector<view::Finding> FindingList::take() {
     for (auto& [key, group] : mGroups) {
         if (group.count > kMostOfAGroup) {
             const size_t others = group.count - kMostOfAGroup - 1;
+            group.firstCounted.calls += others;
             if (others != 0) {
                 group.firstCounted.text += "; and " + std::to_string(others) + " more like this";
             }

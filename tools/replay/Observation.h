@@ -8,21 +8,36 @@
 #include <vector>
 
 #include "CallKind.h"
+#include "CallRules.h"
 #include "Capture.h"
 #include "CaptureLog.h"
 #include "CaptureObserver.h"
+#include "Finding.h"
 
 namespace replay {
 
-// The calling thread is inside of it, and may be inside of others around it.
+// What is known of a call once it is over.
+struct CaptureObserver::ObservedCall {
+    explicit ObservedCall(const CaptureStep& observed)
+        : step(&observed), kind(kindOf(observed)), useless(uselessCall(observed, kind)) {}
+
+    std::string image() const { return step->arguments.image; }
+
+    const CaptureStep* step;
+    CallKind kind;
+    std::optional<view::Finding> useless;  // why it has no effect whatever it meets
+    Look before;
+    std::optional<std::string> answer;  // of the service
+    bool serviceThrew = false;
+    bool isReported = false;              // a flush
+    std::vector<view::Report> requested;  // of a request
+};
+
+// The calling thread is inside of the call, and may be inside of others around it.
 class CaptureObserver::Observation {
   public:
-    Observation(CaptureObserver& observer, const CaptureStep& observed)
-        : owner(observer),
-          step(observed),
-          kind(kindOf(observed)),
-          lock(observer.mMutex, std::defer_lock),
-          mOuter(innermost) {
+    Observation(CaptureObserver& observer, const CaptureStep& step)
+        : owner(observer), call(step), lock(observer.mMutex, std::defer_lock), mOuter(innermost) {
         innermost = this;
     }
     ~Observation() { innermost = mOuter; }
@@ -32,15 +47,9 @@ class CaptureObserver::Observation {
     static Observation* current() { return innermost; }
 
     CaptureObserver& owner;
-    const CaptureStep& step;
-    const CallKind kind;
+    ObservedCall call;
     std::unique_lock<std::mutex> lock;  // from when on nobody else can change what the call meets
-    Look before;
-    std::optional<std::string> answer;  // of the service
-    bool serviceThrew = false;
-    view::Report report;  // what the service has received of the one that it is receiving
-    bool isReported = false;
-    std::vector<view::Report> requested;  // of a request
+    view::Report report;                // that the service is receiving
 
   private:
     static thread_local Observation* innermost;

@@ -40,21 +40,21 @@ void CaptureObserver::watchCall(Observation& observed, ServiceCall& call) {
             break;
     }
     report.closing = {call.first, call.second};
-    report.at = originOf(observed.step).at;
-    report.place = originOf(observed.step).place;
+    report.at = originOf(*observed.call.step).at;
+    report.place = originOf(*observed.call.step).place;
     view::Report whole = std::exchange(report, {});
-    if (observed.kind != CallKind::kFlush) {
-        observed.requested.push_back(std::move(whole));
+    if (observed.call.kind != CallKind::kFlush) {
+        observed.call.requested.push_back(std::move(whole));
         return;
     }
     // The flush that this thread is in holds the queue's mutex.
-    const std::string& name = observed.step.arguments.image;
+    const std::string& name = observed.call.step->arguments.image;
     const Record& record = *mQueue.records.at(name);
-    observed.isReported = true;
+    observed.call.isReported = true;
     if (mSettings.records) {
         call.note = recordLine(name, record);
     }
-    mFlushed.add(&record, {callOf(observed.step), std::move(whole), reportedValues(record)});
+    mFlushed.add(&record, {callOf(*observed.call.step), std::move(whole), reportedValues(record)});
 }
 
 std::string CaptureObserver::recordLine(const std::string& name, const Record& record) const {

@@ -45,9 +45,13 @@ void SessionFindings::addMissing(const CaptureStep& step, bool isThereNow) {
     std::string text = operation;
     if (removed) {
         text += ": was unregistered in line " + std::to_string(*removed);
-    } else if (mFindings.keeps(kind, name)) {  // for the others it would be looked for in vain
-        text += isThereNow ? ": is not registered yet"
-                           : ": is not registered" + mNear.didYouMean(name);
+    } else if (isThereNow) {
+        text += ": is not registered yet";
+    } else {
+        text += ": is not registered";
+        if (mFindings.keeps(kind, name)) {  // for the others it would be looked for in vain
+            text += mNear.didYouMean(name);
+        }
         text += mBeginningsAreLost ? "; it may have been in an earlier log" : "";
     }
     add({kind, std::move(text), operation, origin.place, origin.at}, name);
@@ -66,7 +70,8 @@ std::vector<view::Finding> SessionFindings::take() {
                  reasonOf(which, off.answer) + "; " + calls + " had no effect; " + remedyOf(which),
                  {},
                  off.first.place,
-                 off.first.at},
+                 off.first.at,
+                 off.calls},
                 {});
     }
     mSwitchedOff.clear();

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -85,6 +86,14 @@ void addStates(const std::vector<std::string>& nodes, const RequestRecord& recor
     }
 }
 
+void addAllResults(const RequestRecord& record, ErrorFindings& errors) {
+    for (const auto& [id, text] : record.snapshotInfo.vendorResultInfo) {
+        if (isErrorText(camInfosync::ResultErrorCodeToChar, text)) {
+            errors.addResult(std::to_string(id), text);
+        }
+    }
+}
+
 void addAllAlgorithms(const RequestRecord& record, ErrorFindings& errors) {
     const auto& algo = record.snapshotInfo.zuAlgoInfo;
     for (const auto& [node, time] : algo.algoTimeB) {
@@ -110,15 +119,27 @@ std::vector<view::Finding> toldErrors(const CaptureStep& step, CallKind kind,
     }
     // What is told in texts is an error all the same.
     if (kind == CallKind::kAllResults) {
-        for (const auto& [id, text] : record.snapshotInfo.vendorResultInfo) {
-            if (isErrorText(camInfosync::ResultErrorCodeToChar, text)) {
-                errors.addResult(std::to_string(id), text);
-            }
-        }
+        addAllResults(record, errors);
     } else if (kind == CallKind::kAllAlgorithms) {
         addAllAlgorithms(record, errors);
     } else if (kind == CallKind::kNodeStates) {
         addStates(step.arguments.names, record, errors);
+    }
+    return findings;
+}
+
+std::vector<view::Finding> givenErrors(const CaptureStep& step, const RequestRecord& record) {
+    // The library's own texts stand for errors that are found below.
+    constexpr std::string_view kOwnTexts[] = {"vendor result error", "node process time out",
+                                              "node process error"};
+    std::vector<view::Finding> findings;
+    ErrorFindings errors(step, findings);
+    addAllResults(record, errors);
+    addAllAlgorithms(record, errors);
+    for (const std::string& text : record.errorInfo) {
+        if (std::find(std::begin(kOwnTexts), std::end(kOwnTexts), text) == std::end(kOwnTexts)) {
+            errors.add(FindingKind::kErrorText, {}, shortened(text));
+        }
     }
     return findings;
 }

@@ -17,4 +17,8 @@ std::vector<view::Finding> toldErrors(const CaptureStep& step, CallKind kind,
                                       const camInfosync::RequestRecord& record,
                                       size_t errorsBefore);
 
+// The errors that the record of a request holds.
+std::vector<view::Finding> givenErrors(const CaptureStep& step,
+                                       const camInfosync::RequestRecord& record);
+
 }  // namespace replay

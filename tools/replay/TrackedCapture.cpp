@@ -95,9 +95,9 @@ void TrackedCapture::noteStage(const CaptureStep& step, CallKind kind) {
         for (const std::string& name : step.arguments.names) {
             mDeskTimes.stages.erase(name);
         }
-    } else if (stage == 0) {
+    } else if (kind == CallKind::kStage && stage == 0) {
         mDeskTimes.requested = !step.at;
-    } else if (hasTime(stage)) {
+    } else if (kind == CallKind::kStage && hasTime(stage)) {
         const auto note = [&](int64_t number) {
             const std::string name = camInfosync::TimeStageToChar[number];
             isKnown ? void(mDeskTimes.stages.erase(name)) : void(mDeskTimes.stages.insert(name));
@@ -139,8 +139,6 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
             mTold.anchorFrame = true;
             break;
         case CallKind::kAllResults:
-            mResults.clear();
-            [[fallthrough]];
         case CallKind::kResult:
             for (const std::string& name : step.arguments.names) {
                 mResults[idOf(name)] = origin;
@@ -157,6 +155,25 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
             break;
         default:
             break;
+    }
+}
+
+void TrackedCapture::noteGiven(const CaptureStep& step) {
+    const Origin origin = originOf(step);
+    mTold = {true, true, true, true, true};
+    mDeskTimes = {false, false, {}};
+    mExpected = origin;
+    mTellers[Teller::kNode] = origin;
+    for (const auto& [id, text] : mRecord->snapshotInfo.vendorResultInfo) {
+        if (text != kNotReturned) {
+            mResults[id] = origin;
+        }
+    }
+    for (const auto& [node, time] : mRecord->snapshotInfo.zuAlgoInfo.algoTimeA) {
+        mNodes[node] = origin;
+    }
+    for (view::Finding& finding : givenErrors(step, *mRecord)) {
+        addFinding(std::move(finding));
     }
 }
 
@@ -254,7 +271,7 @@ void TrackedCapture::findLateCalls() {
             late.text += "; and " + std::to_string(late.values - kMostValues) + " more values";
         }
         const std::string operation = markAsUseless(line);
-        addFinding({FindingKind::kLate, operation + ": after the last report: " + late.text,
+        addFinding({FindingKind::kLate, operation + ": too late for the report: " + late.text,
                     operation, late.origin.place, late.origin.at});
     }
 }

@@ -49,10 +49,12 @@ class TrackedCapture {
     void addFinding(view::Finding finding);
 
     void noteRegistration(const CaptureStep& step);
-    // Before the library stamps a stage, whose time may then be the desk's.
+    // Before an update, which may stamp a stage with the desk's time.
     void noteStage(const CaptureStep& step, CallKind kind);
     // After an update of the record, which had that many errors before.
     void noteUpdate(const CaptureStep& step, CallKind kind, size_t errorsBefore);
+    // The record's whole content was given by this call.
+    void noteGiven(const CaptureStep& step);
     // The record was reported; `values` of a request are another record's.
     void noteReport(ReportedRecord reported, bool isFlush);
     void noteFlushWithoutReport(const CaptureStep& step);

@@ -97,14 +97,12 @@ std::string stagesText(const Capture& capture) {
 }
 
 Columns::Cells cellsOf(const Node& node) {
-    const std::optional<double> duration = node.duration();
-    const std::string state = node.state.empty() ? kNotKnown : safe(node.state);
     return {safeName(node.name),
             number(node.start),
             node.isTimedOut() ? "timed out" : number(node.second),
             number(node.completion),
-            milliseconds(duration),
-            node.hasRun() ? state : state + ", has not run"};
+            node.hasRun() ? milliseconds(node.duration()) : "not run",
+            node.state.empty() ? kNotKnown : safe(node.state)};
 }
 
 std::string nodesText(const Capture& capture, const TerminalStyle& style) {

@@ -62,6 +62,7 @@ struct Finding {
     std::string subject;  // the node, the vendor result's id or the operation; may be empty
     Place place;          // of the line that caused it
     Time at;
+    uint64_t calls = 1;  // that it stands for
 };
 
 }  // namespace view

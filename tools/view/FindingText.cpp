@@ -69,8 +69,11 @@ std::string placeText(const Place& place, const Session& session) {
     if (place.line == 0) {
         return "";
     }
-    const std::string source =
-            place.source < session.sources.size() ? safe(session.sources[place.source]) : "?";
+    if (place.source >= session.sources.size()) {
+        return "?:" + std::to_string(place.line);
+    }
+    const std::string& name = session.sources[place.source];
+    const std::string source = name == "-" ? "standard input" : safe(name);
     return source + ':' + std::to_string(place.line);
 }
 

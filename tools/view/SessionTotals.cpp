@@ -1,6 +1,5 @@
 #include "SessionTotals.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -20,12 +19,13 @@ namespace {
 constexpr size_t kMostNames = 10;
 constexpr size_t kLongestName = 60;
 
-// A switch that is off is no call.
-uint64_t callsWithoutEffect(const std::vector<Finding>& findings) {
-    return static_cast<uint64_t>(
-            std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
-                return meansNoEffect(finding.kind) && finding.kind != FindingKind::kCollectionOff;
-            }));
+template <typename Has>
+uint64_t callsOf(const std::vector<Finding>& findings, Has has) {
+    uint64_t calls = 0;
+    for (const Finding& finding : findings) {
+        calls += has(finding.kind) ? finding.calls : 0;
+    }
+    return calls;
 }
 
 std::string numberOf(std::optional<uint64_t> count) {
@@ -49,12 +49,9 @@ std::string SessionTotals::Names::text() const {
 
 void SessionTotals::add(const Capture& capture) {
     ++mCaptures;
-    mNoEffects += callsWithoutEffect(capture.findings);
-    const auto errors =
-            std::count_if(capture.findings.begin(), capture.findings.end(),
-                          [](const Finding& finding) { return meansFailure(finding.kind); });
-    if (errors != 0) {
-        mFailed.add(capture.name, " (" + counted(static_cast<uint64_t>(errors), "failure") + ")");
+    mNoEffects += callsOf(capture.findings, meansNoEffect);
+    if (const uint64_t failures = callsOf(capture.findings, meansFailure); failures != 0) {
+        mFailed.add(capture.name, " (" + counted(failures, "failure") + ")");
     }
     if (capture.isRegistered && !capture.isRemoved) {
         mLeft.add(capture.name, "");
@@ -62,7 +59,7 @@ void SessionTotals::add(const Capture& capture) {
 }
 
 std::string SessionTotals::line(const Session& session) const {
-    const uint64_t calls = mNoEffects + callsWithoutEffect(session.findings);
+    const uint64_t calls = mNoEffects + callsOf(session.findings, meansNoEffect);
     return counted(mCaptures, "capture") + ", " + std::to_string(mFailed.count) + " failed, " +
            counted(calls, "call") + " without effect";
 }

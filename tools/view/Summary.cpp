@@ -22,9 +22,9 @@ namespace {
 
 constexpr size_t kLongestName = 200;  // that a row keeps
 
-using Counts = std::array<uint32_t, 3>;
+using Counts = std::array<uint64_t, 3>;
 
-std::vector<Columns::Column> columnsOfRows() {
+std::vector<Columns::Column> columnsOfRows(size_t leastFindings) {
     constexpr auto kLeft = Columns::Side::kLeft;
     constexpr auto kRight = Columns::Side::kRight;
     constexpr auto kNever = Columns::Cut::kNever;
@@ -34,7 +34,7 @@ std::vector<Columns::Column> columnsOfRows() {
             {"nodes", kRight, kNever, 0},
             {"slowest", kLeft, Columns::Cut::kMiddle, 7},
             {"ms", kRight, kNever, 0},
-            {"findings", kLeft, Columns::Cut::kEnd, 13}};
+            {"findings", kLeft, Columns::Cut::kEnd, leastFindings}};
 }
 
 std::string listed(const std::optional<std::vector<uint32_t>>& cameras) {
@@ -48,11 +48,11 @@ std::string listed(const std::optional<std::vector<uint32_t>>& cameras) {
     return list.empty() ? "none" : list;
 }
 
-uint32_t sumOf(const Counts& counts) {
-    return std::accumulate(counts.begin(), counts.end(), 0U);
+uint64_t sumOf(const Counts& counts) {
+    return std::accumulate(counts.begin(), counts.end(), uint64_t{0});
 }
 
-std::string andOthers(uint32_t count) {
+std::string andOthers(uint64_t count) {
     return count == 0 ? "" : " +" + std::to_string(count);
 }
 
@@ -93,7 +93,7 @@ void Summary::add(const Capture& capture) {
     Weight worst = Weight::kWorthKnowing;
     for (const Finding& finding : capture.findings) {
         const Weight weight = weightOf(finding.kind);
-        ++row.findings[static_cast<size_t>(weight)];
+        row.findings[static_cast<size_t>(weight)] += finding.calls;
         if (row.worst.empty() || weight < worst) {
             row.worst = withoutEnd(safe(finding.text), kLongestName, mStyle);
             worst = weight;
@@ -130,7 +130,11 @@ std::vector<std::string> Summary::cells(const Row& row, const std::string& findi
 
 void Summary::write(std::FILE* file) {
     sort();
-    Columns columns(columnsOfRows(), 2, mStyle);
+    size_t leastFindings = 0;
+    for (const Row& row : mRows) {
+        leastFindings = std::max(leastFindings, inNumbers(row.findings).size());
+    }
+    Columns columns(columnsOfRows(leastFindings), 2, mStyle);
     for (const Row& row : mRows) {
         columns.measure(cells(row, inWords(row.worst, row.findings)));
     }

@@ -36,7 +36,7 @@ class Summary {
         size_t nodes;
         std::string slowest;  // node; empty: no duration is known
         std::optional<double> slowestDuration;
-        std::array<uint32_t, 3> findings;  // their number, by weight
+        std::array<uint64_t, 3> findings;  // their number, by weight
         std::string worst;                 // finding, in words
     };
 

@@ -91,6 +91,15 @@ std::string dots(size_t width, const TerminalStyle& style) {
     return style.utf8 ? "\u2026" : std::string(std::min<size_t>(width, 2), '.');
 }
 
+// The number without zeros at its end that say nothing.
+std::string withoutZeros(std::string number) {
+    if (number.find('.') != std::string::npos) {
+        number.erase(number.find_last_not_of('0') + 1);
+        number.erase(number.find_last_not_of('.') + 1);
+    }
+    return number == "-0" ? "0" : number;
+}
+
 }  // namespace
 
 std::string safe(std::string_view text) {
@@ -177,12 +186,7 @@ std::string milliseconds(double ms) {
     char digits[40];
     const int decimals = size < 9.995 ? 2 : size < 99.95 ? 1 : 0;
     std::snprintf(digits, sizeof(digits), "%.*f", decimals, ms);
-    std::string text = digits;
-    if (decimals != 0) {
-        text.erase(text.find_last_not_of('0') + 1);
-        text.erase(text.find_last_not_of('.') + 1);
-    }
-    return text == "-0" ? "0" : text;
+    return withoutZeros(digits);
 }
 
 std::string milliseconds(std::optional<double> ms) {
@@ -190,9 +194,13 @@ std::string milliseconds(std::optional<double> ms) {
 }
 
 std::string number(double value) {
-    char text[40];
-    std::snprintf(text, sizeof(text), "%.15g", value);
-    return text;
+    char digits[40];
+    if (std::abs(value) < 1e12) {
+        std::snprintf(digits, sizeof(digits), "%.3f", value);
+        return withoutZeros(digits);
+    }
+    std::snprintf(digits, sizeof(digits), "%.15g", value);
+    return digits;
 }
 
 std::string number(std::optional<double> value) {

@@ -38,7 +38,7 @@ std::string inColour(const std::string& text, Colour colour, const TerminalStyle
 std::string milliseconds(double ms);
 std::string milliseconds(std::optional<double> ms);
 
-// With all its digits, as it was given.
+// As it was given, to three decimals.
 std::string number(double value);
 std::string number(std::optional<double> value);
 

@@ -52,20 +52,19 @@ void TerminalView::write(const std::string& text) {
 }
 
 void TerminalView::writeFindings(const Session& session) {
-    for (const std::string& note : session.notes) {
-        write("note: " + safe(note) + '\n');
+    std::string text;
+    if (!mOptions.notesAreTold) {
+        for (const std::string& note : session.notes) {
+            text += "note: " + safe(note) + '\n';
+        }
     }
-    std::string text = sessionFindingLines(session, 2, mStyle);
+    std::string findings = sessionFindingLines(session, 2, mStyle);
     // A single report begins with the capture's findings.
     if (mSummary.size() > 1 || mReports.empty()) {
-        text += mWorst.lines(2, mStyle);
+        findings += mWorst.lines(2, mStyle);
     }
-    if (!text.empty()) {
-        write("findings\n" + text);
-    }
-    if (!text.empty() || !session.notes.empty()) {
-        write("\n");
-    }
+    text += findings.empty() ? "" : "findings\n" + findings;
+    write(text.empty() ? "" : text + '\n');
 }
 
 void TerminalView::writeCaptures() {

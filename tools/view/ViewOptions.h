@@ -17,6 +17,7 @@ struct ViewOptions {
     std::string sort;      // of the summary: "time", "findings", or empty: as they were registered
     std::vector<std::string> images;  // the full report on these
     bool quiet = false;               // nothing on the terminal
+    bool notesAreTold = false;        // standard error has the session's notes already
     std::string trace;                // files to write; empty: none
     std::string html;
     bool failOnFindings = false;  // exit status 3 if a capture has failed or a call had no effect
