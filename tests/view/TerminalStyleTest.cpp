@@ -50,7 +50,7 @@ TEST(TerminalStyle, OfATerminalIsItsOwn) {
     ASSERT_NE(nullptr, terminal);
     winsize size{};
     size.ws_col = 57;
-    ASSERT_EQ(0, ioctl(master, TIOCSWINSZ, &size));
+    EXPECT_EQ(0, ioctl(master, TIOCSWINSZ, &size));
     EXPECT_EQ(57u, styleIn({{"COLUMNS", "132"}}, terminal).width);
     EXPECT_TRUE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", ""}}, terminal).colour);
     EXPECT_FALSE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", "0"}}, terminal).colour);
