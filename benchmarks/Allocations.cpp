@@ -1,10 +1,11 @@
-// Replaces operator new in the benchmarks, and in the libraries that they load, by one that
-// counts.
+// What the benchmarks count. Replaces operator new, also in the libraries that they load, by one
+// that does so.
 
 #include "Bench.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <new>
 
 namespace {
@@ -15,11 +16,10 @@ thread_local uint64_t counted = 0;
 
 void* operator new(size_t size) {
     ++counted;
-    void* memory = std::malloc(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
+    if (void* const memory = std::malloc(size)) {
+        return memory;
     }
-    return memory;
+    throw std::bad_alloc();
 }
 
 void operator delete(void* memory) noexcept {
@@ -32,4 +32,10 @@ void operator delete(void* memory, size_t /*size*/) noexcept {
 
 uint64_t allocations() {
     return counted;
+}
+
+uint64_t bytesWritten() {
+    uint64_t bytes = 0;
+    std::ifstream("/proc/self/io").ignore(99, '\n').ignore(99, ' ') >> bytes;  // the second line
+    return bytes;
 }

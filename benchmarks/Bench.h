@@ -10,14 +10,17 @@
 
 // How often the calling thread has called operator new.
 uint64_t allocations();
+// How many bytes the process has written to files.
+uint64_t bytesWritten();
 
-// Counts the calling thread's allocations, and the service's calls, from construction to
-// destruction, and gives them to the state per iteration.
+// Counts the calling thread's allocations, the service's calls, and what is written, from
+// construction to destruction, and gives them to the state per iteration.
 class CountedState {
   public:
     explicit CountedState(benchmark::State& state) : mState(state) {}
     ~CountedState() {
         const uint64_t allocationsAfter = allocations();
+        put("written", bytesWritten() - mBytesBefore);
         put("allocs", allocationsAfter - mAllocationsBefore);
         put("service_calls", service().calls - mServiceCallsBefore);
     }
@@ -31,6 +34,7 @@ class CountedState {
     }
 
     benchmark::State& mState;
+    const uint64_t mBytesBefore = bytesWritten();
     const uint64_t mServiceCallsBefore = service().calls;
     const uint64_t mAllocationsBefore = allocations();
 };

@@ -159,8 +159,7 @@ void M::registerSnapshotRequestRecord(std::string imageName) {
 void M::unregisterSnapshotRequestRecord(std::string imageName) {
     if (isCollecting()) {
         const std::lock_guard<std::mutex> lock(store.mutex);
-        const size_t count = store.records.erase(imageName);
-        store.log.info("unregister image {}, known: {}", imageName, count);
+        store.log.info("unregister image {}, known: {}", imageName, store.records.erase(imageName));
     }
 }
 

@@ -38,7 +38,6 @@ const char* countedArgument() {
 }
 
 void emptyLoop(benchmark::State& state) {
-    const CountedState counted(state);
     for (auto _ : state) {
         benchmark::ClobberMemory();
     }
@@ -63,9 +62,9 @@ void logLine(benchmark::State& state, bool open) {
     }
 }
 
-// What a recorded call cannot do without: to add a line of that length to a file.
+// What a recorded call cannot do without: to add a line to a file.
 void bareWrite(benchmark::State& state) {
-    const char line[256] = {};
+    const char line[1024] = {};
     const char* const path = std::getenv("INFOSYNC_BENCH_FILE");
     const int file = open(path != nullptr ? path : "",
                           O_CREAT | O_TRUNC | O_APPEND | O_WRONLY | O_CLOEXEC, 0600);
@@ -83,5 +82,5 @@ void registerPlatform() {
     benchmark::RegisterBenchmark("empty_loop", emptyLoop);
     benchmark::RegisterBenchmark("log_line/shut", [](auto& state) { logLine(state, false); });
     benchmark::RegisterBenchmark("log_line/open", [](auto& state) { logLine(state, true); });
-    benchmark::RegisterBenchmark("bare_write", bareWrite)->Arg(150);
+    benchmark::RegisterBenchmark("bare_write", bareWrite)->RangeMultiplier(2)->Range(128, 1024);
 }

@@ -135,16 +135,24 @@ def print_table(libraries):
                 label = ""
 
 
+def write_times(library):
+    """The time of a bare write as a function of its length: a straight line."""
+    sizes = {name: int(name.split("/")[1]) for name in library.rounds if "bare_write" in name}
+    slope, least = statistics.linear_regression(list(sizes.values()),
+                                                [library.time(name) for name in sizes])
+    return lambda size: least + slope * size
+
+
 def print_recording(plain, recorded):
-    """What recording adds to a call, over the bare write of a line."""
-    write = recorded.time(next(name for name in recorded.rounds if name.startswith("bare_write")))
-    print("\nrecorded calls: what each takes longer, over the bare write of a line "
-          f"({write:.0f} ns)\n")
+    """What recording adds to a call, over the bare write of a line as long as its own."""
+    write = write_times(recorded)
+    print(f"\n{'recorded calls: what each takes longer':40}{'ns':>12}{'bytes':>8}{'writes':>8}")
     for benchmark in sorted(recorded.rounds):
         calls = recorded.counted(benchmark, "calls")
         if calls and not benchmark.startswith("threads/"):
             longer = (recorded.time(benchmark) - plain.time(benchmark)) / calls[0]
-            print(f"{benchmark:40}{longer:12.1f}{longer / write:8.2f}")
+            size = statistics.median(recorded.counted(benchmark, "written")) / calls[0]
+            print(f"{benchmark:40}{longer:12.1f}{size:8.0f}{longer / write(size):8.2f}")
 
 
 def main():

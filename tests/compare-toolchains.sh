@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Plays all scenarios with several builds of the library and compares the reports and the log
-# texts byte for byte. Each argument is a build folder, with the emulator that it needs in
-# front: tests/compare-toolchains.sh build/dev "qemu-aarch64 -L SYSROOT build/arm64"
+# texts byte for byte; plays with the first build what each of the others records. Each argument is
+# a build folder, with the emulator that it needs in front:
+#     tests/compare-toolchains.sh build/dev "qemu-aarch64 -L SYSROOT build/arm64"
 set -euo pipefail
 cd "$(dirname "$0")/.."
 work=$(mktemp -d)
@@ -24,6 +25,16 @@ play() {
     [ -s "$output.log" ] || { echo "no log of $scenario" >&2; exit 1; }
 }
 
+# What eight threads tell the build `recording`, recorded and played with the build `playing`.
+round_trip() {
+    local recording=$1 playing=$2 program=tests/record/record_round_trip
+    local -a command
+    read -r -a command <<<"$recording/$program"
+    PLAYING=$playing/$program PLAYER=${playing##* }/tools/replay/libinfosync-player.so \
+        python3 tests/record/round_trip_test.py RoundTrip.test_round_trip "${command[@]}" 2>"$work/round-trip" ||
+        { cat "$work/round-trip"; echo "$playing plays otherwise what $recording records"; exit 1; } >&2
+}
+
 number=0
 for build in "$@"; do
     read -r -a command <<<"$build"
@@ -35,5 +46,9 @@ for build in "$@"; do
     done
     diff -r "$work/1" "$work/$number" || { echo "$build differs from $1" >&2; exit 1; }
 done
+for build in "${@:2}"; do
+    round_trip "$build" "$1"
+done
 files=("$work/1"/*)
-echo "$number builds: ${#files[@]} files of reports and logs are identical"
+echo "$number builds: ${#files[@]} files of reports and logs are identical;" \
+    "$1 plays what the others record"

@@ -39,9 +39,8 @@ Load loadInChild(const char* library, void* shared) {
         const bool loaded = std::freopen("/dev/null", "w", stdout) != nullptr &&
                             std::freopen("/dev/null", "w", stderr) != nullptr &&
                             loadHere(library, load);
-        const char* reason = loaded ? nullptr : dlerror();
-        if (reason != nullptr) {
-            dprintf(errors, "%s\n", reason);
+        if (!loaded) {
+            dprintf(errors, "%s\n", dlerror());
         }
         _exit(loaded ? 0 : 1);
     }
@@ -69,10 +68,6 @@ int main(int argc, char** argv) {
     }
     void* shared =
             mmap(nullptr, sizeof(Load), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (shared == MAP_FAILED) {
-        std::perror("infosync-load-probe: mmap");
-        return 1;
-    }
     std::vector<long long> times[2];
     std::vector<long long> heaps[2];
     for (int i = 0; i < 2 * count; ++i) {
@@ -80,11 +75,10 @@ int main(int argc, char** argv) {
         times[i % 2].push_back(load.microseconds);
         heaps[i % 2].push_back(load.heapBytes);
     }
-    const long long time = median(times[0]);
-    const long long referenceTime = median(times[1]);
-    std::printf("load: %.2f times as long as the reference (medians of %d: %lld us, %lld us)\n",
-                static_cast<double>(time) / static_cast<double>(referenceTime), count, time,
-                referenceTime);
+    const auto time = static_cast<double>(median(times[0]));
+    const auto reference = static_cast<double>(median(times[1]));
+    std::printf("load: %.2f times as long as the reference (medians of %d: %.0f us, %.0f us)\n",
+                time / reference, count, time, reference);
     std::printf("heap after load: %lld bytes (reference: %lld bytes)\n", median(heaps[0]),
                 median(heaps[1]));
     return 0;

@@ -11,10 +11,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <functional>
-#include <limits>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <new>
@@ -25,6 +23,7 @@
 #include <vector>
 
 #include "Allocations.h"
+#include "CaptureLog.h"
 #include "InfoSynchronizerManager.h"
 #include "Service.h"
 
@@ -55,64 +54,19 @@ void onThreads(int count, Function function) {
     }
 }
 
-template <typename Number, typename Bits>
-Number numberOf(Bits bits) {
-    Number number;
-    static_assert(sizeof(number) == sizeof(bits));
-    std::memcpy(&number, &bits, sizeof(bits));
-    return number;
-}
-
-// Every operation, with every kind of value.
+// The calls of a log that has every operation, with every kind of value, and some that no log has.
 void everything() {
-    const float inf = std::numeric_limits<float>::infinity();
-    const auto nan = numberOf<float>(uint32_t{0xffc12345});
-    const Text zero("a\0b", 3);
-    const Text bytes("\xff\x00\xed\xa0\x80", 5);
-    InfoSynchronizerManager& m = manager();
-    m.registerSnapshotRequestRecord("A");
-    m.registerSnapshotRequestRecord(zero);
-    m.registerSnapshotRequestRecord(bytes);
-    m.updateFrameInfo("A", UINT32_MAX, "\"\\\n\x1f\x7f \xc3\xa9 \xf0\x9f\x98\x80", {0, 7}, 1);
-    m.updateRequestInfo("A", INT32_MIN, INT32_MAX, true, UINT64_MAX, {-1, 2}, {});
-    m.updateUIInfo("A", static_cast<RequestType>(INT32_MIN), 2, -3, 0.1F, "\xc0\xaf");
-    m.updateAnchor3aInfo("A", -inf, 100, nan, INT64_MIN);
-    m.updateAnchor3aInfo("A", -0.0F, 100, std::numeric_limits<float>::denorm_min(), INT64_MAX);
-    m.updateAnchorFrame("A", -1);
-    m.updateVndResultInfo("A", 1, 0);
-    m.updateVndResultInfo("A", SnapshotInfo::VendorResultInfo{{-1, "x"}, {2, "\xf8"}});
-    m.updateZuAlgoInfo("A",
-                       std::vector<Text>{"", "\xe0\x80\x80", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf"});
-    m.updateZuAlgoInfo("A", SnapshotInfo::ZuAlgoInfo{{"n"},
-                                                     {{"n", 1e300}},
-                                                     {{"\xfe", -0.0}},
-                                                     {{"n", numberOf<double>(~uint64_t{0})}},
-                                                     {{"n", "OK"}}});
-    m.updateSnapshotErrorInfo("A", "text");
-    m.updateSnapshotErrorInfo("A", nullptr);
-    m.updatePostProcInfo({{"a", 1}, {"b\n", UINT32_MAX}});
-    m.updatePostProcInfo({{"a", 1}, {"\x80", 2}});
-    m.updateSnapshotTimeInfo("A", 2U);
-    m.updateSnapshotTimeInfo("A", std::map<Text, int64_t>{{"1request_to_zuhal", INT64_MIN}});
-    m.updateNodeProcTime("A", "n", 0.1, -1.0, std::numeric_limits<double>::infinity());
-    m.updateNodeProcState("A", "n", 3);
-    m.updateNodeProcState("A", std::map<Text, Text>{{"n", "OK"}, {"\xf4\x90\x80\x80", ""}});
-    m.snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
-    m.snapshotRequestInfoFlush("A", static_cast<InfoSyncType>(-7));
-    m.unregisterSnapshotRequestRecord(bytes);
+    std::ifstream log(std::getenv("EXPECTED"));
+    std::vector<replay::LineError> errors;
+    for (Text line; std::getline(log, line);) {
+        const auto step =
+                replay::readCaptureLine(line, "", errors, replay::LineRules::kUnderHeader);
+        if (step.run != nullptr && step.number < 34) {
+            step.run(step.onOtherManager ? other() : manager());
+        }
+    }
     void* out = nullptr;
-    m.request(INFO_SYNC_TYPE_CMD, "snapshotInfoCollectEnable", &out);
-    m.request(INFO_SYNC_TYPE_CMD, "key", nullptr);
-    m.request(INFO_SYNC_TYPE_CMD, nullptr, &out);
-    RequestRecord record = *m.mRequestRecordQueue->records.at("A");
-    record.createTime = {1, 2};
-    record.snapshotInfo.timeInfo = {{"3result_from_vendor", 5}};
-    m.request(INFO_SYNC_TYPE_COLLECT, &record, nullptr);
-    m.request(INFO_SYNC_TYPE_COLLECT_ALT, nullptr, nullptr);
-    m.request(static_cast<InfoSyncType>(7), "not read", &out);
-    other().registerSnapshotRequestRecord("B");
-    other().updateAnchorFrame("B", 1);
-    other().request(INFO_SYNC_TYPE_CMD, "key", &out);
+    manager().request(static_cast<InfoSyncType>(7), "not read", &out);
     InfoSynchronizerManager own;
     own.registerSnapshotRequestRecord("C");
     own.updateAnchorFrame("C", 1);
@@ -175,6 +129,22 @@ void held() {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     _exit(0);
+}
+
+// A service that waits, within a report, for calls that have no effect, and so need not wait for
+// it.
+void stuck() {
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    service().report = [] {
+        std::thread([] {
+            for (int i = 0; i < 100; ++i) {
+                manager().updateVndResultInfo("A", 1, -1);
+            }
+        }).join();
+    };
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    manager().updateAnchorFrame("A", 2);
 }
 
 // A service that works with the library while it is asked, changes its mind, and throws.
@@ -251,6 +221,40 @@ void turns() {
             std::printf("%ju bytes\n", bytes);
         }
     }
+}
+
+// Calls that are asked about in one part, and answered in the next.
+void parts() {
+    const auto fill = [] {
+        for (int i = 0; i < 9; ++i) {
+            other().updateSnapshotErrorInfo("filler", Text(4000, 'x').c_str());
+        }
+    };
+    Text answer = "enabled";
+    bool isLong = false;
+    service().answer = [&] {
+        if (std::exchange(isLong, false)) {
+            std::thread(fill).join();
+        }
+        return answer;
+    };
+    manager().registerSnapshotRequestRecord("kept");
+    auto* const proxy = std::exchange(InfoSynchronizer::mIntentAwareImpl,
+                                      static_cast<IntentAwareSys*>(service().object));
+    manager().registerSnapshotRequestRecord("nobody saw the answer");
+    InfoSynchronizer::mIntentAwareImpl = proxy;
+    answer = "disabled";
+    manager().registerSnapshotRequestRecord("without a record");
+    answer = "enabled";
+    isLong = true;
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT);
+    isLong = true;
+    manager().unregisterSnapshotRequestRecord("kept");
+    manager().registerSnapshotRequestRecord("B");
+    manager().updateFrameInfo("B", 1, "1", {}, 0);
+    manager().snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
 }
 
 // More than a file can hold: a text, and names that are still registered.
@@ -367,8 +371,10 @@ extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
     const std::map<Text, void (*)()> deeds = {{"everything", everything},
                                               {"order", order},
                                               {"nested", nested},
+                                              {"stuck", stuck},
                                               {"load", load},
                                               {"turns", turns},
+                                              {"parts", parts},
                                               {"tenCalls", tenCalls},
                                               {"forked", forked},
                                               {"memory", memory},

@@ -100,7 +100,11 @@ class Stage {
     uint32_t number() { return static_cast<uint32_t>(mRandom()); }
     int32_t integer() { return static_cast<int32_t>(number()); }
     int64_t wide() { return static_cast<int64_t>(mRandom() * mRandom()); }
-    Text text() { return chance(9) ? Text("\xc3(\0", 3) : Text(pick(40), 'x'); }
+    Text text() {
+        static const Text rare[] = {Text("\xc3(\0", 3), "\x1f", "\xf5\x80\x80\x80",
+                                    "\xf4\x8f\xbf\xbf"};
+        return chance(9) ? rare[pick(4)] : Text(pick(40), 'x');
+    }
     Text node() { return "node " + std::to_string(pick(4)); }
     double real() {
         const double special[] = {-0.0, std::nan("7"), -HUGE_VAL, 1e-310, -1.0};
@@ -115,9 +119,10 @@ class Stage {
 
     void request() {
         void* out = nullptr;
+        const Text key = chance(5) ? Text(1100, 'k') : "iso";
         switch (pick(8)) {
             case 0:
-                return manager().request(camInfosync::INFO_SYNC_TYPE_CMD, "iso", &out);
+                return manager().request(camInfosync::INFO_SYNC_TYPE_CMD, key.c_str(), &out);
             case 1:
                 return otherManager().request(camInfosync::INFO_SYNC_TYPE_CMD, nullptr, &out);
             case 2:

@@ -2,6 +2,7 @@
 
 #include "CaptureLog.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -78,6 +79,13 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
     EXPECT_EQ(fuzz::contentOf(record), fuzz::contentOf(expected));
     EXPECT_EQ((std::map<std::string, uint32_t>{{"p", 20}}), queue.postProcInfo);
     play({R"({"call":"unregisterSnapshotRequestRecord","image":"A"})"});
+}
+
+TEST(CaptureLine, MayLetAMinutePass) {
+    std::vector<replay::LineError> errors;
+    const replay::CaptureStep step = replay::readCaptureLine(R"({"sleepMs":60000})", "", errors);
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(std::chrono::minutes(1), step.sleep);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <mutex>
 #include <stdexcept>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,27 @@ TEST(NamedThreads, GivesTheFirstExceptionToTheOneThatWaits) {
     EXPECT_THROW(threads.wait(), std::runtime_error);
     EXPECT_EQ(1, done);
     EXPECT_NO_THROW(threads.wait());
+}
+
+TEST(NamedThreads, EndsTheOneOf65ThatHasRestedLongest) {
+    NamedThreads threads;
+    const auto tasksOf = [&](int key) {  // with one more
+        int tasks = 0;
+        threads.post(std::to_string(key), 1, [&] {
+            thread_local int done = 0;
+            tasks = ++done;
+        });
+        threads.wait();
+        return tasks;
+    };
+    for (int key = 0; key < 64; ++key) {
+        EXPECT_EQ(1, tasksOf(key));
+    }
+    EXPECT_EQ(2, tasksOf(0));
+    EXPECT_EQ(1, tasksOf(64));
+    EXPECT_EQ(3, tasksOf(0));
+    EXPECT_EQ(2, tasksOf(2));
+    EXPECT_EQ(1, tasksOf(1));
 }
 
 TEST(NamedThreads, DoesAllTasksBeforeItEnds) {

@@ -53,6 +53,10 @@ class Header(RecordedTest):
         self.assertEqual('on: the service answers "enabled"',
                          self.collection(f"--property={SUPPORTED}=1", **off))
         self.assertEqual("off: there is no service to ask", self.collection(service=False))
+        self.assertEqual('on: the service answers "enabled"',
+                         self.collection("--service", service=False))
+        self.run_tool("log.jsonl", "--service", environment={"INFOSYNC_HOST_NO_SERVICE": "1"})
+        self.assertEqual('on: the service answers "enabled"', self.total("collection"))
         answers = {"answers": {"snapshotInfoCollectEnable": "no"}}
         self.assertEqual('off: the service answers "no"', self.collection(**answers))
         self.assertEqual("0", self.total("records left"))
@@ -63,18 +67,24 @@ class Header(RecordedTest):
 
     def test_bad_headers(self):
         read = "this tool reads (1.x)"
-        for fields, says in (({"version": "2.0"}, "version: 2.0 is newer than " + read),
-                             ({"version": "0.9"}, "version: 0.9 is none that " + read),
+        for fields, says in (({"version": "0.9"}, "version: 0.9 is none that " + read),
                              ({"version": "1"}, 'version: must be MAJOR.MINOR, as "1.0"'),
+                             ({"version": "1.0x"}, 'version: must be MAJOR.MINOR, as "1.0"'),
                              ({"version": 1}, "version: must be a string"),
                              ({"format": "x"}, 'format: must be "camInfosync capture log"'),
                              ({"properties": {"a b": True}},
                               "properties.a b: is not the name of a property"),
+                             ({"properties": {"#a": True}},
+                              "properties.#a: is not the name of a property"),
                              ({"properties": {"a": 1}}, "properties.a: must be true or false"),
                              ({"service": 1}, "service: must be true or false"),
                              ({"answers": {"a": 1}}, "answers.a: must be a string"),
                              ({"cut": "A"}, "cut: must be an array")):
             self.refuse_lines(says="1: " + says, head=header(**fields))
+        for head, says in ((header(version="2.0", service=1), "version: 2.0 is newer than " + read),
+                           ('{"format":', "line: is not valid JSON")):
+            self.refuse(self.write(head), says="log.jsonl:1: " + says)
+            self.assertEqual(1, self.err.count("\n"), self.err)
         self.refuse_lines(says="1: version: is missing",
                           head='{"format":"camInfosync capture log"}')
         self.refuse_lines(header(), says="2: format: the header must be the log's first line")
@@ -108,7 +118,7 @@ class Order(RecordedTest):
                  recorded(3, register("C"), tid=2), answered(2, "enabled", tid=1),
                  recorded(4, register("D"), tid=1), answered(1, "enabled", tid=1),
                  recorded(5, register("E"), tid=1), END]
-        self.assertEqual("C B D A E", self.play(*lines))
+        self.assertEqual("C B D A E C B D A E", self.play(*lines, options=["--repeat=2"]))
         self.assertEqual("C B D A E", self.play(*lines, options=["--answer=enabled"]))
         self.assertEqual("A B C D E", self.play(
             *lines, options=["--no-service", "--property", FORCED + "=true"]))
@@ -126,6 +136,9 @@ class Order(RecordedTest):
         self.assertEqual("B D", self.play(*lines))
         self.assertEqual('off at first: the service answers "disabled", and changes its answer '
                          "2 times", self.total("collection"))
+        self.play(*lines[1:5], head=header(answers={"snapshotInfoCollectEnable": "no"}))
+        self.assertEqual('off at first: the service answers "no", and changes its answer 1 time',
+                         self.total("collection"))
         self.assertEqual("A B C D E", self.play(*lines, options=["--answer=enabled"]))
         self.assertEqual("A B D E", self.play(*lines, options=["--property", FORCED + "=true"]))
         lines = [recorded(1, register("A")), answered(9, "no"), recorded(2, register("B")), END]
@@ -133,8 +146,11 @@ class Order(RecordedTest):
         self.assertEqual("2: A, A#2", self.total("records left"))
 
     def test_limited_threads(self):
-        """Threads that no longer have anything to do are ended."""
-        lines = [recorded(n, request(9), tid=n) for n in range(1, 1001)]
+        """Threads that no longer have anything to do are ended, but not one that asks."""
+        lines = [recorded(1, register("A"), tid=1), recorded(2, register("B"), tid=1),
+                 answered(2, "enabled", tid=1),
+                 *[recorded(n, request(9), tid=n) for n in range(3, 1001)],
+                 answered(1, "enabled", tid=1)]
         for options in [], ["--free"]:
             self.run_tool(self.write(header(), *lines, END), *options,
                           **limit(resource.RLIMIT_AS, 3_000_000_000))
@@ -172,6 +188,8 @@ class LeftOut(RecordedTest):
                     says="--image: IMG is in no line of the log\n")
         self.refuse(self.write(register("IMG_1")), "--image", "IMG_2",
                     says="--image: IMG_2 is in no line of the log; did you mean IMG_1?\n")
+        self.refuse(self.write("{}"), "--image=A", says="log.jsonl:1: call: is missing\n")
+        self.assertEqual(1, self.err.count("\n"))
 
     def test_images_without_beginning(self):
         lines = [recorded(1, anchor("A", 1)), recorded(2, register("B")),
@@ -186,8 +204,9 @@ class LeftOut(RecordedTest):
         self.play(*lines, head=header(cut=["A", "C"]), options=["--repeat=2"])
         self.assertEqual(("4: B, A, B#2, A#2", "4"),
                          (self.total("records left"), self.total("calls made")))
-        self.play(*lines, head=header(cut=["X"]))
-        self.assertEqual([], self.notes)
+        lines = [recorded(1, request(0, record={"frameInfo": {"imageName": "A"}})), END]
+        self.play(*lines, head=header(cut=["A"]))
+        self.assertEqual(("1", []), (self.total("calls made"), self.notes))
 
     def test_omitted_call(self):
         long = recorded(1, call("updateFrameInfo", omitted=9))
@@ -217,18 +236,27 @@ class LeftOut(RecordedTest):
             return (f"log.jsonl:{line}: {operation} on thread t ({tid}) may not have returned when "
                     "the file ends")
         lines = [recorded(1, register("A"), tid=1), answered(1, "enabled", tid=1),
-                 recorded(2, anchor("A", 1), tid=2), recorded(3, register("B"), tid=3),
-                 recorded(4, anchor("A", 1, manager="GetInstance"), tid=4),
+                 recorded(2, anchor("A", 1), tid=2),
+                 recorded(3, anchor("A", 1, manager="GetInstance"), tid=4),
+                 recorded(4, register("B", manager="GetInstance"), tid=3),
                  recorded(5, request(9), tid=5), recorded(6, anchor("A", 1), tid=6)]
-        last = [note(6, "updateAnchor3aInfo", 4), note(7, "request", 5),
+        last = [note(5, "updateAnchor3aInfo", 4), note(7, "request", 5),
                 note(8, "updateAnchor3aInfo", 6)]
-        asking = note(5, "registerSnapshotRequestRecord", 3)
         self.play(*lines)
-        self.assertEqual([asking, *last], self.notes)
+        self.assertEqual([last[0], note(6, "registerSnapshotRequestRecord", 3), *last[1:]],
+                         self.notes)
         self.play(*lines, head=header(service=False))
         self.assertEqual(last, self.notes)
         self.play(*lines, END)
         self.assertEqual([], self.notes)
+        waits = [recorded(2, anchor("A", 1), tid=2), recorded(3, anchor("A", 1, unordered=True))]
+        self.play(*waits)
+        self.assertEqual([note(2, "updateAnchor3aInfo", 2), note(3, "updateAnchor3aInfo", 1)],
+                         self.notes)
+        self.play(recorded(1, register("C"), tid=4), waits[0],
+                  answered(1, "no", tid=4, unordered=True))
+        self.assertEqual([note(2, "registerSnapshotRequestRecord", 4),
+                          note(3, "updateAnchor3aInfo", 2)], self.notes)
         self.play(*[recorded(n, request(9), tid=n) for n in range(12)])
         self.assertEqual("log.jsonl: 2 earlier calls may not have returned either", self.notes[0])
         self.assertEqual(note(13, "request", 11), self.notes[-1])
@@ -261,12 +289,15 @@ class BadInput(RecordedTest):
                             ([good.replace('{"n', '{"manager":"main","n')], '2: manager: must be '
                              '"GetInstance", or left out for the manager of getInstance()'),
                             ([answered(1, None)], "2: answer: is missing"),
+                            (['{"answered":1,"key":"a","answer":"b"}'], "2: tid: is missing"),
                             ([answered(1, "a", threw=True)],
                              "2: answer: and threw exclude each other: give one, not both")):
             self.refuse_lines(*lines, says=says)
         self.play(recorded(1, register("A"), at=9), recorded(2, register("B"), at=3))
-        self.refuse(self.write(register("A", at=1), register("B")), "--timing",
-                    says="log.jsonl:2: at: is missing, and --timing needs it\n")
+        self.refuse(self.write(register("A", at=1), register("B"), register("C", x=1)), "--timing",
+                    says="log.jsonl:2: at: is missing, and --timing needs it\n"
+                    "log.jsonl:3: x: is not a field of this call\n")
+        self.assertEqual(2, self.err.count("\n"))
 
     def test_longest_recorded_line(self):
         long = recorded(1, call("updateSnapshotErrorInfo", text="A" * 2_000_000))
@@ -276,6 +307,9 @@ class BadInput(RecordedTest):
                   options=["--free"])
         self.assertRegex(self.total("records left"), "^3: (.*, )?A{19}[.]{2}A{39}(,|$)")
         self.refuse(self.write('# "format"', long), says="is longer than 1048576 bytes")
+        self.refuse(self.write(" " * (1 << 20) + "{}", header()),
+                    says="log.jsonl:1: line: is longer than 1048576 bytes\n"
+                    "log.jsonl:2: format: the header must be the log's first line\n")
         self.refuse_lines(" " * (1 << 26) + "{}", says="2: line: is longer than 67108864 bytes")
 
     def test_other_files(self):
@@ -299,6 +333,8 @@ class BadInput(RecordedTest):
             for name in ("log.jsonl", "-"):
                 self.refuse(name, stdin=content, says=says)
                 self.assertEqual(1, self.err.count("\n"), self.err)
+        self.run_tool(self.write(register("A"), "", "", register("B")))
+        self.assertEqual("2", self.total("calls made"))
 
 
 if __name__ == "__main__":

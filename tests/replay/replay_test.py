@@ -157,12 +157,13 @@ class Options(ReplayTest):
         self.assertEqual(os.environ["VERSION"] + "\n", self.out)
         self.run_tool("--help")
         for option in ("--json FILE", "--repeat N", "--property KEY=VALUE", "--answer TEXT",
-                       "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
+                       "--service", "--no-service", "--log-level LEVEL", "--quiet", "--version", "LOG"):
             self.assertIn(option, self.out)
 
     def test_bad_options(self):
         for *arguments, says in (["log is required"],
                                  ["--bogus", "--bogus"], ["--property", "a=b", "c=d", "c=d"],
+                                 ["--service", "--no-service", "--no-service excludes --service"],
                                  ["--repeat", "0", "--repeat"],
                                  ["--repeat", "4294967295", "--repeat"],
                                  ["--repeat", "4294967294", "bad.jsonl:1: "],

@@ -14,12 +14,14 @@
 namespace {
 
 thread_local int arraysTaken = 0;  // the library takes no other arrays than large pieces
+thread_local size_t lastArray = 0;
 thread_local bool outOfMemory = false;
 
 }  // namespace
 
 __attribute__((noinline)) void* operator new[](size_t size) {
     ++arraysTaken;
+    lastArray = size;
     return outOfMemory ? throw std::bad_alloc() : operator new(size);
 }
 __attribute__((noinline)) void operator delete[](void* memory) noexcept {
@@ -116,6 +118,23 @@ TEST_F(CopyOfRecord, TakesOneArrayIfItIsLargeAndNoByteTooMany) {
         const RecordCopy copy(record);
         EXPECT_EQ(arraysTaken, size > 4096 - 56 ? 1 : 0);
     }
+    EXPECT_EQ(lastArray, 4097U);
+}
+
+TEST_F(CopyOfRecord, TakesNoArrayForAllStagesAndEightNodes) {
+    record.frameInfo = {1, "123456789012345", {0, 1, 2}, 0, "IMG_20261121_101500_123456"};
+    for (const char* const stage : TimeStageToChar) {
+        info.timeInfo[stage] = 1;
+    }
+    for (char letter = 'a'; letter < 'i'; ++letter) {
+        const std::string node(30, letter);
+        algo.algoTimeA[node] = algo.algoTimeB[node] = algo.algoTimeC[node] = 1;
+        algo.algoState[algo.algoList.emplace_back(node)] = "GetOutputError";
+    }
+    arraysTaken = 0;
+    collector.requestInfo(&record);
+    EXPECT_EQ(arraysTaken, 0);
+    doubles::takeJournal();
 }
 
 TEST_F(CopyOfRecord, ComesBeforeTheReportAndTheNodesAreCopiedOnceMore) {
@@ -131,6 +150,7 @@ TEST_F(CopyOfRecord, ComesBeforeTheReportAndTheNodesAreCopiedOnceMore) {
 }
 
 TEST_F(CopyOfRecord, EndsWithItsPieceIfTheOriginalGrows) {
+    info.uiExtra = std::string(64, 'x');  // its room is no list's
     for (const bool text : {false, true}) {
         FlatRecord copy;
         flat::Sizes sizes;

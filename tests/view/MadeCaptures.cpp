@@ -202,6 +202,50 @@ void addHostileTexts(Capture& capture, Dice& dice) {
 
 }  // namespace
 
+Capture completeCapture() {
+    constexpr int64_t kBegin = 5000 * kMs;
+    Capture capture;
+    capture.number = 3;
+    capture.name = "IMG</script>";
+    capture.process = "hal";
+    capture.isRegistered = capture.isFlushed = true;
+    capture.registered = kBegin;
+    capture.flushed = kBegin + 100 * kMs + 7000;
+    capture.removed = kBegin + 110 * kMs;
+    capture.cameras = {{0, 3}};
+    capture.algorithms = {{"mfnr", "fusion"}};
+    capture.stages = {{{0, "1request_to_zuhal", -1}, {1, "2request_to_vendor", 5}}};
+    capture.results = {{{40, "error_none", {0, 5}}, {41, "", {}}}};
+    capture.values = {{Value::Group::kFrame, "frameNumber", "900", true},
+                      {Value::Group::kRequest, "reqFlag", "true", false},
+                      {Value::Group::kUserInterface, "camMode", "7", true},
+                      {Value::Group::kAutomatics, "iso", "125", true}};
+    Node node;
+    node.name = "mfnr";
+    node.start = 5010;
+    node.second = 5012.25;
+    node.completion = 5040.5;
+    node.state = "NodeProcessError";
+    node.isListed = true;
+    node.place = {0, 7};
+    Node endless = node;
+    endless.name = "fusion";
+    endless.start = 5050;
+    endless.second = -1;
+    endless.completion = kInfinity;
+    endless.state = "";
+    endless.isListed = false;
+    capture.nodes = {node, endless};
+    capture.reports = {{capture.flushed, {0, 10}, {{"iso", "125"}, {"lux", "3.5"}}, {}, {}},
+                       {kBegin + 105 * kMs, {}, {}, {{"cut", true}}, {{1022, 10000}}}};
+    capture.calls = {{"updateUIInfo", "algo", 9, kBegin + 20 * kMs, {1, 8}, false},
+                     {"updateFrameInfo", "", 0, std::nullopt, {}, true}};
+    capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, kBegin + 50 * kMs},
+                        {FindingKind::kLate, "too late", "updateUIInfo", {1, 8}, kBegin + 20 * kMs},
+                        {FindingKind::kCutEvent, "cut", "", {}, {}}};
+    return capture;
+}
+
 Capture ordinaryCapture(uint64_t number) {
     const int64_t start = kStart + static_cast<int64_t>(number) * 35 * kMs;
     Capture capture;
@@ -264,8 +308,12 @@ Session madeSession(bool isHostile) {
     session.clock = Clock::kMonotonic;
     session.calls = 12;
     session.toReal = 1'780'000'000'000 * kMs;
-    session.sources = {"made.jsonl", "second.jsonl", "third.jsonl"};
+    session.sources = {"made.jsonl", "folder/second.jsonl", "third.jsonl"};
     if (!isHostile) {
+        session.switches["collection"] = "on";
+        session.notes = {"the log's end is missing"};
+        session.findings = {
+                {FindingKind::kUnknownName, "no capture \"X\"", "updateUIInfo", {1, 4}, {}}};
         return session;
     }
     for (const char* name : kHostileNames) {

@@ -9,6 +9,9 @@
 
 namespace view {
 
+// A small one that has everything that a source can tell.
+Capture completeCapture();
+
 // A capture as bursts have it: 8 nodes, 12 stages, 34 calls on four threads. Every 50th has failed.
 Capture ordinaryCapture(uint64_t number);
 

@@ -12,11 +12,11 @@ import subprocess
 import sys
 import unittest
 
-from selenium import webdriver
 from selenium.webdriver import ActionChains, Keys
-from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import Select, WebDriverWait
+
+from browser import start_browser
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 MAKE_VIEWS, REPLAY, RECORDING, RESULTS = (pathlib.Path(each).resolve() for each in sys.argv[1:5])
@@ -33,15 +33,6 @@ def play(log, name=None):
     page = RESULTS / f"{name or pathlib.Path(log).stem}.html"
     subprocess.run([REPLAY, log, "--quiet", "--log-level", "silent", "--html", page], check=True)
     return page
-
-
-def start_browser():
-    options = webdriver.ChromeOptions()
-    for option in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu",
-                   "--window-size=1200,900", "--hide-scrollbars"):
-        options.add_argument(option)
-    options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-    return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
 
 class PageTest(unittest.TestCase):
@@ -77,7 +68,7 @@ class PageTest(unittest.TestCase):
         self.browser.get("about:blank")
         self.browser.get_log("performance")
         self.browser.get(page.as_uri())
-        self.assertIn("captures", self.text("totals"))
+        self.assertRegex(self.text("totals"), "^[0-9]+ captures? · ")
 
     def run(self, result=None):  # pylint: disable=arguments-differ
         if isinstance(result, str):
@@ -152,6 +143,57 @@ class PageTest(unittest.TestCase):
         self.assertNotIn("not known", [row[0] for row in self.rows("Calls")])
         self.find("#capture .chart canvas").screenshot(str(RESULTS / "recorded-capture.png"))
         self.screenshot("recorded")
+
+    def test_all_of_a_capture(self):
+        self.open(make("complete", 1))
+        self.assertRegex(self.text("totals"), r"^1 capture · 1 failed · 2 calls without effect · "
+                         r"from 2026-05-28T20:26:45\.000Z$")
+        session = self.find("#session div").text
+        for text in ("made.jsonl, folder/second.jsonl, third.jsonl", "12 calls", "collection: on",
+                     'no capture "X"', "second.jsonl:4", "the log's end is missing"):
+            self.assertIn(text, session)
+        self.assertEqual(self.rows("Captures"), [[
+            "3", "IMG</script>", "failed", "0, 3", "7", "100.007", "2", "mfnr", "30.5", "1", "1"]])
+        self.choose(1)
+        self.assertEqual(self.find("#capture dl").text.split("\n"), [
+            "Process", "hal", "Number", "3", "Cameras", "0, 3", "Algorithms", "mfnr, fusion",
+            "Registered", "at 0 ms", "Flushed", "at 100.007 ms", "Removed", "no",
+            "To the flush", "100.007 ms"])
+        self.assertEqual(self.find("#capture .findings").text.split("\n"), [
+            "node error mfnr · made.jsonl:9", "too late updateUIInfo · second.jsonl:8", "cut"])
+        self.assertEqual(self.rows("Nodes"), [
+            ["mfnr", "5010", "5012.25", "5040.5", "30.5", "NodeProcessError", "yes", "made.jsonl:7"],
+            ["fusion", "5050", "-1 (timed out)", "inf", "not known", "not known", "no",
+             "made.jsonl:7"]])
+        self.assertEqual(self.rows("Stages"), [["0", "1request_to_zuhal", "not known"],
+                                               ["1", "2request_to_vendor", "5"]])
+        self.assertEqual(self.rows("Values"), [
+            ["frame", "frameNumber", "900"], ["request", "reqFlag", "true"],
+            ["user interface", "camMode", "7"], ["3A", "iso", "125"]])
+        self.assertEqual(self.rows("Vendor results"), [["40", "error_none", "made.jsonl:5"],
+                                                       ["41", "not known", ""]])
+        self.assertEqual(self.rows("Reports"), [
+            ["100.007 ms", "iso=125, lux=3.5", "0", "not known", "made.jsonl:10"],
+            ["105 ms", "", "1", "1022, 10000", ""]])
+        self.assertEqual(self.rows("Calls"), [
+            ["20 ms", "updateUIInfo", "algo (9)", "none", "second.jsonl:8"],
+            ["not known", "updateFrameInfo", "", "", ""]])
+        self.assertEqual(self.spans(), [
+            "to the flush: at 0 ms, 100.007 ms, failed", "2request_to_vendor: at 0 ms, 5 ms",
+            "mfnr: at 10 ms, 30.5 ms, failed", "updateUIInfo: at 20 ms, failed",
+            "fusion: at 50 ms, failed", "after the flush: at 100.007 ms, 9.993 ms"])
+
+    def spans(self):
+        """What the chosen capture's time line says while the arrow goes through it."""
+        canvas = self.find("#capture canvas")
+        said = []
+        for _ in range(100):
+            canvas.send_keys(Keys.ARROW_DOWN)
+            text = self.find("#capture .about").text
+            if said and said[-1] == text:
+                return said
+            said.append(text)
+        return said
 
     # Pages of logs that mean harm.
     def check_harmless(self):

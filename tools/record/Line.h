@@ -78,6 +78,9 @@ class Line {
 
     void end() { add("}\n"); }
 
+    // Another line, which has been written before, after the end.
+    void addWritten(std::string_view line) { add(line); }
+
     // Valid until the line changes.
     std::string_view text() const { return {mText.data(), mSize}; }
     size_t size() const { return mSize; }

@@ -62,8 +62,8 @@ void writeThread(Line& line, std::string_view name, pid_t tid) {
     line.field("tid", tid);
 }
 
-void writeHeader(Line& line, const Header& header, uint64_t part, const Answers& answers,
-                 const Names& cut, size_t mostCutBytes) {
+void writeHeader(Line& line, const Header& header, uint64_t part, uint64_t calls,
+                 const Answers& answers, const Names& cut, size_t mostCutBytes) {
     constexpr std::string_view kSupported = "persist.vendor.camera.camquill.supported";
     constexpr std::string_view kForced = "persist.vendor.camera.infoSyncCollect.forceEnabled";
     line.begin();
@@ -81,6 +81,7 @@ void writeHeader(Line& line, const Header& header, uint64_t part, const Answers&
     line.field("startMonotonic", readClock(CLOCK_MONOTONIC));
     line.field("startReal", readClock(CLOCK_REALTIME));
     line.field("part", part);
+    line.field("calls", calls);
     if (const size_t left = line.fieldUpTo("cut", cut, mostCutBytes); left > 0) {
         line.field("cutMore", left);
     }
@@ -105,10 +106,13 @@ void beginAnswer(Line& line, uint64_t number, const Moment& moment, std::string_
     line.field("key", key);
 }
 
-void writeEnd(Line& line, uint64_t calls) {
+void writeEnd(Line& line, uint64_t calls, uint64_t next) {
     line.begin();
     line.field("end", true);
     line.field("calls", calls);
+    if (next != 0) {
+        line.field("next", next);
+    }
     line.end();
 }
 

@@ -43,9 +43,10 @@ using Answers = std::map<std::string, std::string, std::less<>>;
 using Names = std::set<std::string, std::less<>>;
 
 // Writes the whole header of a part. `answers` are the last ones, `cut` the images that an earlier
-// part has registered; of these no more are named than fit into `mostCutBytes`.
-void writeHeader(Line& line, const Header& header, uint64_t part, const Answers& answers,
-                 const Names& cut, size_t mostCutBytes);
+// part has registered; of these no more are named than fit into `mostCutBytes`. `calls` is the
+// number of the last call before.
+void writeHeader(Line& line, const Header& header, uint64_t part, uint64_t calls,
+                 const Answers& answers, const Names& cut, size_t mostCutBytes);
 
 // Begins a call's line; the arguments follow.
 void beginCall(Line& line, uint64_t number, const Moment& moment, bool isOther,
@@ -54,8 +55,9 @@ void beginCall(Line& line, uint64_t number, const Moment& moment, bool isOther,
 // Begins the line of an answer of the service; what was answered follows.
 void beginAnswer(Line& line, uint64_t number, const Moment& moment, std::string_view key);
 
-// The last line of an orderly end, as a text.
-void writeEnd(Line& line, uint64_t calls);
+// The last line of a recording that ends in an orderly way, or, unless `next` is 0, of a part that
+// the part of that number follows.
+void writeEnd(Line& line, uint64_t calls, uint64_t next);
 
 // The names of a call's arguments.
 template <size_t Count>

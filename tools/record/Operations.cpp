@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Call.h"
 #include "InfoSynchronizerManager.h"
 #include "Line.h"
 #include "Lines.h"
@@ -29,16 +30,22 @@ using camInfosync::SnapshotInfo;
 using Manager = InfoSynchronizerManager;
 using Kind = Call::Kind;
 
+// An odd address, which a function has that is no member, is a virtual function's in a pointer to
+// a member.
+#define INFOSYNC_EVEN __attribute__((aligned(4)))
+
 // An operation that the recorder and the library define under one name.
 template <typename Function>
 class Real {
   public:
     explicit constexpr Real(Function own) : mOwn(own) {}
 
-    // Without the library's definition `nothing` is called instead.
-    void find(void* nothing) {
-        void* const real = findReal(addressOf(mOwn));
+    // Without the library's definition, or without a library, `nothing` is called instead. Returns
+    // whether there is a definition.
+    bool find(void* nothing, bool isLibrary = true) {
+        void* const real = isLibrary ? findReal(addressOf(mOwn)) : nullptr;
         mFunction = functionAt<Function>(real != nullptr ? real : nothing);
+        return real != nullptr;
     }
     Function function() const { return mFunction; }
 
@@ -66,14 +73,14 @@ class Operation {
                         const FieldNames<1 + sizeof...(Others)>& names)
         : mReal(own), mKind(kind), mName(name), mNames(names) {}
 
-    void find() { mReal.find(addressOf(&doNothing)); }
+    void find(bool isLibrary) { mReal.find(addressOf(&doNothing), isLibrary); }
 
     // Moves the arguments to the library.
     void call(Manager& manager, First& first, Others&... others) {
         if (isOff()) {
             return (manager.*mReal.function())(std::move(first), std::move(others)...);
         }
-        Frame frame;
+        RecordedFrame frame;
         if (isRecording()) {
             const auto write = [&](Line& line) { writeArguments(line, mNames, first, others...); };
             noteCall(frame, &manager, {mName, mKind, imageOf(first)}, std::cref(write));
@@ -82,7 +89,8 @@ class Operation {
     }
 
   private:
-    static void doNothing(Manager* /*manager*/, First /*first*/, Others... /*others*/) {}
+    INFOSYNC_EVEN static void doNothing(Manager* /*manager*/, First /*first*/,
+                                        Others... /*others*/) {}
 
     Real<Function> mReal;
     const Kind mKind;
@@ -174,10 +182,15 @@ RECORDING_CONSTINIT Real<void (Manager::*)(InfoSyncType, const void*, void**)> r
 RECORDING_CONSTINIT Real<Manager& (*)()> getInstanceOfRecords{&Manager::getInstance};
 RECORDING_CONSTINIT Real<void* (*)()> getInstanceOfC{&GetInstance};
 
-void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in*/,
-                   void** /*out*/) {}
+INFOSYNC_EVEN void ignoreRequest(Manager* /*manager*/, InfoSyncType /*type*/, const void* /*in*/,
+                                 void** /*out*/) {}
 void* noManager() {
     return nullptr;
+}
+// Something to refer to. None of the operations that do nothing looks at it.
+Manager& emptyManager() {
+    alignas(Manager) static char memory[sizeof(Manager)];
+    return *static_cast<Manager*>(static_cast<void*>(memory));
 }
 
 // What `in` and `out` hold is known of the types that the library knows.
@@ -210,13 +223,14 @@ Pointer remember(std::atomic<const void*>& place, Pointer manager) {
 }  // namespace
 
 void findOperations() {
-    const auto find = [](auto&... operations) { (operations.find(), ...); };
+    // Without a manager no operation may be called, and one line says so.
+    const bool isLibrary = getInstanceOfRecords.find(addressOf(&emptyManager));
+    const auto find = [&](auto&... operations) { (operations.find(isLibrary), ...); };
     find(registerRecord, unregisterRecord, flush, frameInfo, requestInfo, uiInfo, anchor3aInfo,
          anchorFrame, vendorResult, vendorResults, algoList, algoInfo, errorInfo, postProcInfo,
          timeStage, timeInfo, nodeTimes, nodeState, nodeStates);
-    request.find(addressOf(&ignoreRequest));
-    getInstanceOfRecords.find(addressOf(&noManager));
-    getInstanceOfC.find(addressOf(&noManager));
+    request.find(addressOf(&ignoreRequest), isLibrary);
+    getInstanceOfC.find(addressOf(&noManager), isLibrary);
 }
 
 }  // namespace recording
@@ -245,13 +259,17 @@ void Manager::request(InfoSyncType type, const void* in, void** out) {
     if (recording::isOff()) {
         return (this->*recording::request.function())(type, in, out);
     }
-    recording::Frame frame;
+    recording::RecordedFrame frame;
     if (recording::isRecording()) {
         const auto write = [&](recording::Line& line) {
             recording::writeRequest(line, type, in, out);
         };
-        recording::noteCall(frame, this, {"request", recording::Call::Kind::kRequest, nullptr},
-                            std::cref(write));
+        const bool asks = type == INFO_SYNC_TYPE_CMD && in != nullptr && out != nullptr;
+        recording::noteCall(
+                frame, this,
+                {"request",
+                 asks ? recording::Call::Kind::kCommand : recording::Call::Kind::kRequest, nullptr},
+                std::cref(write));
     }
     (this->*recording::request.function())(type, in, out);
 }

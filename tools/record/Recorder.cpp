@@ -41,8 +41,8 @@ union NeverDestroyed {
     Value value;
 };
 
-RECORDING_CONSTINIT NeverDestroyed<std::mutex> order;  // of the getInstance() manager's records
-RECORDING_CONSTINIT NeverDestroyed<std::mutex> otherOrder;  // of the GetInstance() manager's
+RECORDING_CONSTINIT NeverDestroyed<Order> order;       // of the getInstance() manager's records
+RECORDING_CONSTINIT NeverDestroyed<Order> otherOrder;  // of the GetInstance() manager's
 
 // The write mutex guards what follows. It is taken last: nothing but the C library is called while
 // it is held, and nothing is logged.
@@ -173,6 +173,8 @@ bool isRecording() {
 
 void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments& writeArguments) {
     call.isOther = manager == gOtherManager.load(std::memory_order_relaxed);
+    // Read by those calls alone that make the library read it.
+    call.isSeen = call.asks() && camInfosync::InfoSynchronizer::mIntentAwareImpl == &proxy.value;
     const bool isUpdate = call.kind == Call::Kind::kUpdate;
     if (isUpdate && !call.isOther && manager != gManager.load(std::memory_order_relaxed)) {
         static std::atomic_flag isKnown = ATOMIC_FLAG_INIT;
@@ -182,16 +184,23 @@ void noteCall(Frame& frame, const void* manager, Call call, const WriteArguments
         }
         return;
     }
-    if (call.kind != Call::Kind::kRequest) {
+    if (!call.isRequest()) {
         frame.hold(isUpdate && call.isOther ? otherOrder.value : order.value);
     }
     addToRecording([&](Recording& open) { open.noteCall(frame, call, writeArguments); });
     if (isOff()) {
-        frame.release();
+        frame.letGo();
     }
 }
 
-Question::Question(Frame& frame, const std::string& key) : mFrame(frame), mOrder(frame.release()) {
+RecordedFrame::~RecordedFrame() {
+    if (isOpen && isRecording()) {
+        addToRecording([&](Recording& open) { open.noteReturn(*this); });
+    }
+}
+
+Question::Question(Frame& frame, const std::string& key) : mFrame(frame) {
+    mFrame.letGo();
     if (key.size() <= sizeof(mShortKey)) {
         mKey = {mShortKey, key.copy(mShortKey, sizeof(mShortKey))};
         return;
@@ -219,9 +228,7 @@ void Question::goOn(const std::string* answer) {
     if (!isRecording()) {
         return;  // perhaps forked: then nobody is left who lets go of a mutex
     }
-    if (mOrder != nullptr) {
-        mFrame.hold(*mOrder);
-    }
+    mFrame.holdAgain();
     addToRecording([&](Recording& open) { open.noteAnswer(mFrame, mKey, answer); });
 }
 

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -37,6 +36,15 @@ bool isRecording();
 extern std::atomic<const void*> gManager;       // of getInstance()
 extern std::atomic<const void*> gOtherManager;  // of GetInstance()
 
+// A frame that leaves no call open.
+class RecordedFrame : public Frame {
+  public:
+    RecordedFrame() = default;
+    ~RecordedFrame();
+    RecordedFrame(const RecordedFrame&) = delete;
+    RecordedFrame& operator=(const RecordedFrame&) = delete;
+};
+
 // Makes the frame hold the call's order, and writes the call's line. Does not throw: whatever goes
 // wrong ends the recording, with one warning. Updates of a manager that is its caller's own are
 // left out, with one warning for all.
@@ -57,7 +65,6 @@ class Question {
     void goOn(const std::string* answer);
 
     Frame& mFrame;
-    std::mutex* const mOrder;
     char mShortKey[1024];  // needs no memory
     std::string mLongKey;
     std::string_view mKey;

@@ -2,29 +2,23 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "Call.h"
 #include "Line.h"
 #include "Lines.h"
+#include "OpenCalls.h"
 #include "Order.h"
 #include "RecordFile.h"
 #include "RegisteredNames.h"
 #include "Settings.h"
 
 namespace recording {
-
-// A call that is about to be made.
-struct Call {
-    enum class Kind { kRegister, kUnregister, kFlush, kUpdate, kRequest };
-
-    std::string_view name;
-    Kind kind;
-    const std::string* image;  // null: it belongs to none
-    bool isOther = false;      // made on the manager of GetInstance()
-};
 
 using WriteArguments = std::function<void(Line&)>;
 
@@ -35,13 +29,17 @@ class Recording {
   public:
     Recording(const Settings& settings, const Header& header);
 
-    // Writes the call's line, and its number to the frame.
+    // Writes the call's line, and its number to the frame, which is open then if its answer is
+    // seen.
     void noteCall(Frame& frame, const Call& call, const WriteArguments& writeArguments);
 
     // What the frame's call was answered, or null if the service has thrown. Written if it is not
     // the last answer for its key, or if other lines have been written since the call's own:
-    // then it says where the call goes on.
-    void noteAnswer(const Frame& frame, std::string_view key, const std::string* answer);
+    // then it says where the call goes on. The frame is open no more.
+    void noteAnswer(Frame& frame, std::string_view key, const std::string* answer);
+
+    // The call of a frame that is still open has returned: it has asked somebody else.
+    void noteReturn(Frame& frame);
 
     // Writes the last line, if there is any line at all.
     void end();
@@ -49,8 +47,12 @@ class Recording {
     const RecordFile& file() const { return mFile; }
 
   private:
-    void put(int64_t now);
-    void beginPart();
+    void writeAnswer(const Frame& frame, std::string_view key, const std::string* answer);
+    void close(Frame& frame, std::optional<std::string_view> answer);
+    void takeEffect(Call::Kind kind, const std::string& image, std::string_view answer);
+    void noteOrder(const Frame& frame);
+    void put(int64_t now, size_t roomAfter);
+    void beginPart(int64_t now);
     bool isTooLong() const;
     void omitArguments(const Call& call, size_t headSize);
 
@@ -59,6 +61,7 @@ class Recording {
     Line mLine;  // kept, as the other, so that no call needs new memory
     Line mScratch;
     RegisteredNames mRegistered;
+    OpenCalls mOpen;
     Answers mAnswers;  // the last of each key
     uint64_t mCalls = 0;
     uint64_t mLines = 0;

@@ -58,7 +58,7 @@ bool refuseWithoutHeader(const json& line, std::string_view field, Errors& error
 
 // Reads where and when a line was recorded.
 void readOrigin(const json& line, std::string_view numberField, CaptureStep& step, Errors& errors) {
-    for (const std::string_view field : {"n", "tid", "omitted"}) {
+    for (const std::string_view field : {"n", "tid", "omitted", "unordered"}) {
         if (refuseWithoutHeader(line, field, errors)) {
             return;
         }
@@ -67,6 +67,7 @@ void readOrigin(const json& line, std::string_view numberField, CaptureStep& ste
         readValue(line["at"], step.at.emplace(), Path{nullptr, "at"}, errors);
     }
     readOptional(line, "thread", step.thread, errors);
+    readOptional(line, "unordered", step.unordered, errors);
     if (line.contains("tid")) {
         readValue(line["tid"], step.tid.emplace(), Path{nullptr, "tid"}, errors);
         readRequired(line, numberField, step.number, errors);

@@ -48,9 +48,11 @@ std::string collectionState(const CollectionAnswer& answer) {
     }
     const std::string state = answer.first == kEnabled ? "on" : "off";
     const std::string text = ": the service answers " + quoted(answer.first);
-    return answer.changes == 0 ? state + text
-                               : state + " at first" + text + ", and changes its answer " +
-                                         std::to_string(answer.changes) + " times";
+    if (answer.changes == 0) {
+        return state + text;
+    }
+    return state + " at first" + text + ", and changes its answer " +
+           std::to_string(answer.changes) + (answer.changes == 1 ? " time" : " times");
 }
 
 std::optional<CollectionSwitchOff> switchThatIsOff(const std::optional<std::string>& answer,
@@ -97,7 +99,8 @@ std::string remedyOf(CollectionSwitchOff which) {
             return std::string("--property ") + kSupportedProperty + "=true turns it on" + absent;
         }
         case CollectionSwitchOff::kNoService:
-            return std::string("--property ") + kForcedProperty + "=true turns it on";
+            return std::string("--service, or --property ") + kForcedProperty +
+                   "=true, turns it on";
         case CollectionSwitchOff::kAnswer:
             return "--answer enabled turns it on";
         case CollectionSwitchOff::kServiceThrew:

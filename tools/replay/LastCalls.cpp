@@ -25,14 +25,15 @@ void LastCalls::add(const CaptureStep& step, uint64_t line) {
         if (last.number == step.number) {
             last.inside = line;
             last.mayAsk = false;
+            last.gate = step.unordered ? kNone : last.gate;
         }
     } else {
         const bool switched = isSwitched(step);
         last.call = {line, step.operation, step.thread, step.tid.value_or(0)};
         last.number = step.number;
-        last.gate = step.operation == "request"        ? kNone
-                    : step.onOtherManager && !switched ? kOther
-                                                       : kMain;
+        last.gate = step.operation == "request" || step.unordered ? kNone
+                    : step.onOtherManager && !switched            ? kOther
+                                                                  : kMain;
         last.inside = line;
         last.mayAsk = mAsking && switched;
     }

@@ -49,7 +49,9 @@ CollectionAnswer askSwitch(const LogFacts& facts, const ReplayOptions& options) 
     if (options.header.answers.count(kCollectionKey) == 0 && facts.firstAnswer) {
         return {*facts.firstAnswer, facts.laterAnswers};
     }
-    return {answers.of(kCollectionKey), facts.laterAnswers};
+    const std::string first = answers.of(kCollectionKey);
+    const bool changes = facts.firstAnswer && *facts.firstAnswer != first;
+    return {first, facts.laterAnswers + (changes ? 1 : 0)};
 }
 
 view::Session sessionOf(const LogFacts& facts, const ReplayOptions& options,

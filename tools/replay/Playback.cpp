@@ -69,7 +69,6 @@ class CallInProgress {
         mAwaitsAnswer = false;
         setMoment(step);
     }
-    void stopWaiting() { mAwaitsAnswer = false; }
     void pretend() const { infosyncPretend(mHasMoment ? &mMoment : nullptr); }
 
   private:
@@ -201,9 +200,6 @@ void Playback::makeCall(const CaptureStep& step, bool awaitsAnswer) {
             return;  // as it did when it was recorded
         }
     });
-    if (CallInProgress* outer = CallInProgress::current(); outer != nullptr) {
-        outer->pretend();
-    }
 }
 
 void Playback::playAnswer(CaptureStep step) {
@@ -243,10 +239,8 @@ std::optional<std::string> Playback::findAnswer(const std::string& key) {
     if (call == nullptr || !call->awaitsAnswer()) {
         return mAnswers.of(key);
     }
-    infosyncPretend(nullptr);
     mThreads.pause([call] { return call->answer().has_value(); });
-    call->stopWaiting();  // if it was the log's end that ended the pause
-    call->pretend();
+    call->pretend();  // calls within the pause have pretended theirs
     const auto& answer = call->answer();
     if (!answer || mAnswers.areFixed() || answer->key != key) {
         return mAnswers.of(key);

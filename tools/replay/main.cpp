@@ -3,7 +3,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <stdlib.h>  // setenv
+#include <stdlib.h>  // setenv, unsetenv
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,6 +38,7 @@ struct Settings {
     ReplayOptions replay;
     std::vector<std::string> properties;
     std::string logLevel;
+    bool service = false;
     bool noService = false;
 };
 
@@ -95,7 +96,11 @@ void addOptions(CLI::App& app, Settings& settings) {
     app.add_flag("--timing", settings.replay.timing, "Keep the gaps that were recorded");
     app.add_flag("--free", settings.replay.free,
                  "Let the threads of a recording run freely, each in its own order");
-    app.add_flag("--no-service", settings.noService, "Play without an overlap library");
+    CLI::Option* noService =
+            app.add_flag("--no-service", settings.noService, "Play without an overlap library");
+    app.add_flag("--service", settings.service,
+                 "Play with an overlap library, also if there was none at the recording")
+            ->excludes(noService);
     app.add_option("--log-level", settings.logLevel,
                    "The least level that the library logs to standard error, instead of warn")
             ->check(CLI::IsMember({"debug", "info", "warn", "error", "silent"}))
@@ -130,7 +135,9 @@ void setProperties(const Settings& settings) {
 
 void setEnvironment(const Settings& settings) {
     setProperties(settings);
-    if (settings.noService || !settings.replay.header.service) {
+    if (settings.service) {
+        unsetenv("INFOSYNC_HOST_NO_SERVICE");
+    } else if (settings.noService || !settings.replay.header.service) {
         setenv("INFOSYNC_HOST_NO_SERVICE", "1", 1);
     }
     if (!settings.logLevel.empty()) {

@@ -36,6 +36,9 @@ std::string withoutLinks(const std::string& path) {
 }  // namespace
 
 NewFile::NewFile(const std::string& path) : mPath(path), mTarget(withoutLinks(path)) {
+    if (path == "-") {
+        throw std::runtime_error("standard output cannot be written to here; please name a file");
+    }
     if (isSpecial(mTarget)) {
         mFile.reset(std::fopen(mTarget.c_str(), "w"));
     } else {

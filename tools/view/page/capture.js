@@ -20,7 +20,7 @@ function momentText(time) {
 
 function findingList(findings) {
   const items = findings.map(({weight, text, subject, place, kind}) => element("li", {class: weight}, [
-    element("span", {class: "text"}, text || kind),
+    element("span", {class: "text"}, text || kind), " ",
     element("span", {class: "place"}, [subject, place].filter(part => part !== "").join(" · ")),
   ]));
   return element("ul", {class: "findings"}, items);
@@ -91,12 +91,17 @@ class CaptureView {
     const chart = new Chart(this.content, {label: `Time line of ${capture.name}`, hasLabels: true});
     const rows = capture.lanes.map(lane => ({
       name: lane.name,
-      spans: lane.spans.map((span, index) =>
-        ({...span, kind: lane.kind === "stage" && index % 2 === 1 ? "stage-other"
-          : lane.kind === "capture" && index === 1 ? "after" : lane.kind})),
+      spans: lane.spans.map((span, index) => ({...span, kind: this.kindOf(lane, index)})),
     }));
     chart.show(rows, capture.marks, capture.raw.length);
     this.parts.push(chart);
+  }
+
+  // What a span is drawn as. Stages touch, so neighbours differ.
+  kindOf(lane, index) {
+    const isSecond = index % 2 === 1;
+    return lane.kind === "stage" && isSecond ? "stage-other"
+      : lane.kind === "capture" && isSecond ? "after" : lane.kind;
   }
 
   add(parent, caption, columns, rows, isKnown, isWide) {

@@ -172,7 +172,7 @@ class Chart {
       const begin = Math.max(x(span.begin), this.left - 2);
       const width = Math.max(Math.min(x(span.end), this.width + 2) - begin, span.end > span.begin ? 1 : 2);
       const isDim = this.options.isDim !== undefined && this.options.isDim(span);
-      context.fillStyle = colour(isDim ? "hidden" : span.failed ? "failed" : span.kind);
+      context.fillStyle = colour(isDim ? "hidden" : this.kindOf(span));
       const gap = height > 6 ? 2 : 0;
       context.fillRect(begin, top + gap, width, gap > 0 ? height - 2 * gap : Math.max(height - 0.5, 1));
       if (span === this.current) {
@@ -185,6 +185,10 @@ class Chart {
         this.drawName(context, colour("paper"), span.name, begin + 4, width - 8, top + height / 2);
       }
     }
+  }
+
+  kindOf({failed, kind}) {
+    return !failed ? kind : kind === "call" ? "no-effect" : "failed";
   }
 
   drawName(context, colour, name, left, width, middle) {

@@ -144,6 +144,8 @@ class Session {
     const raw = data.session;
     this.names = data.names;
     this.sources = raw.sources;
+    // Lines are told with the file's own name; the header has the paths.
+    this.files = raw.sources.map(source => source.slice(source.lastIndexOf("/") + 1));
     this.switches = raw.switches;
     this.notes = raw.notes;
     this.calls = raw.calls;
@@ -173,7 +175,7 @@ class Session {
   // "night.jsonl:17"; empty if the line is not known.
   placeText(place) {
     const [source, line] = Array.isArray(place) ? place : [0, place];
-    const name = source < this.sources.length ? this.sources[source] : "?";
+    const name = source < this.files.length ? this.files[source] : "?";
     return line === 0 ? "" : `${name}:${line}`;
   }
 
