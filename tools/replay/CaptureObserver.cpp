@@ -74,15 +74,18 @@ void CaptureObserver::begin(Observation& observed) {
     }
 }
 
-// From here to the call's end, a registration or unregistration asks nobody.
+// From here to the call's end, a registration or unregistration asks nobody, and takes the queue's
+// mutex if collection is on.
 void CaptureObserver::answered(const std::string& key, const std::string* answer) {
     Observation* observed = Observation::current();
     if (observed == nullptr || key != kCollectionKey) {
         return;
     }
-    observed->call.serviceThrew = answer == nullptr;
-    observed->call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
-    if (asksOnly(observed->call.kind) && !observed->lock.owns_lock()) {
+    ObservedCall& call = observed->call;
+    call.serviceThrew = answer == nullptr;
+    call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
+    const bool isOn = !switchThatIsOff(call.answer, call.serviceThrew);
+    if (asksOnly(call.kind) && isOn && !observed->lock.owns_lock()) {
         observed->lock.lock();
     }
 }
