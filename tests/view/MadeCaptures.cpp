@@ -97,6 +97,9 @@ void fail(Capture& capture) {
     const Call& call = capture.calls[20];
     capture.findings.push_back({FindingKind::kVendorError, "vendor result 41: error_buffer", "41",
                                 call.place, call.at});
+}
+
+void addCallWithoutEffect(Capture& capture) {
     capture.calls[22].hadEffect = false;
     capture.findings.push_back({FindingKind::kStageOutOfRange, "stage 15 is above 14",
                                 "updateSnapshotTimeInfo", capture.calls[22].place,
@@ -239,10 +242,23 @@ Capture completeCapture() {
     capture.reports = {{capture.flushed, {0, 10}, {{"iso", "125"}, {"lux", "3.5"}}, {}, {}},
                        {kBegin + 105 * kMs, {}, {}, {{"cut", true}}, {{1022, 10000}}}};
     capture.calls = {{"updateUIInfo", "algo", 9, kBegin + 20 * kMs, {1, 8}, false},
-                     {"updateFrameInfo", "", 0, std::nullopt, {}, true}};
+                     {"updateFrameInfo", "", 0, std::nullopt, {}, true},
+                     {"late", "", 10, kBegin + 60 * kMs, {}, true},
+                     {"early", "cam", 10, kBegin + 10 * kMs, {}, true},
+                     {"byHand", "hand", 0, kBegin + 15 * kMs, {}, true},
+                     {"byOther", "other", 0, kBegin + 16 * kMs, {}, true},
+                     {"farAway", "far", 0, kBegin + 200'000'000 * kMs, {}, true}};
     capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, kBegin + 50 * kMs},
                         {FindingKind::kLate, "too late", "updateUIInfo", {1, 8}, kBegin + 20 * kMs},
                         {FindingKind::kCutEvent, "cut", "", {}, {}}};
+    return capture;
+}
+
+Capture nodesOnlyCapture() {
+    Capture capture;
+    capture.number = 4;
+    capture.name = "nodes only";
+    capture.nodes = completeCapture().nodes;
     return capture;
 }
 
@@ -275,6 +291,9 @@ Capture ordinaryCapture(uint64_t number) {
     capture.reports = {report};
     if (number % 50 == 0) {
         fail(capture);
+    }
+    if (number % 50 == 0 || number % 70 == 0) {
+        addCallWithoutEffect(capture);
     }
     return capture;
 }

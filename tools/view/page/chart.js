@@ -76,6 +76,9 @@ class Chart {
     this.length = Math.max(length, SHORTEST_VIEW);
     this.sorted = null;
     this.current = null;
+    const names = rows.map(row => shortText(row.name, 80)).join(", ");
+    this.canvas.setAttribute("aria-label",
+      this.options.hasLabels ? `${this.options.label}: ${names}` : this.options.label);
     this.resize();
     this.showAll();
   }
