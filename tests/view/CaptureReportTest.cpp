@@ -108,7 +108,7 @@ TEST(CaptureReport, SaysWhatIsNotKnown) {
             "  3A: not known\n"
             "  algorithms: not known\n"
             "  stages: not known\n"
-            "  nodes: none\n"
+            "  nodes: not known\n"
             "  vendor results: not known\n"
             "  report 1\n"
             "  parameters: not known\n"
@@ -126,7 +126,7 @@ TEST(CaptureReport, SaysWhatIsEmpty) {
     capture.results.emplace();
     const std::string text = captureReport(capture, Session(), std::nullopt, kStyle);
     for (const char* line : {"    cameras  none\n", "  algorithms: none\n", "  stages: none\n",
-                             "  vendor results: none\n"}) {
+                             "  nodes: none\n", "  vendor results: none\n"}) {
         EXPECT_NE(std::string::npos, text.find(line)) << line;
     }
 }
