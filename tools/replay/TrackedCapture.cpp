@@ -139,8 +139,6 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
             mTold.anchorFrame = true;
             break;
         case CallKind::kAllResults:
-            mResults.clear();
-            [[fallthrough]];
         case CallKind::kResult:
             for (const std::string& name : step.arguments.names) {
                 mResults[idOf(name)] = origin;
