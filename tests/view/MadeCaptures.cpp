@@ -56,7 +56,7 @@ void addNodes(Capture& capture, int64_t start) {
                 i % 2 == 0 ? 4711 : 4712, begin + ms * kMs);
         Node node;
         node.name = kNodes[i];
-        node.start = static_cast<double>(begin / 1000) / 1000 + 0.512;
+        node.start = static_cast<double>(begin) / kMs + 0.512;
         node.second = *node.start + 1.253;
         node.completion = *node.start + static_cast<double>(ms) + 0.217;
         node.state = "OK";
@@ -111,7 +111,7 @@ constexpr const char* kHostileNames[] = {
         "<img src=x onerror=\"window.broken=1\">",
         "\"'`${window.broken=1}\\",
         "line\u2028separators\u2029",
-        "\u202egnp.eman\u202c and \u2066isolated",
+        "\u202egnp.eman\u202c and \u2066isolated\u2069",
         "\x1b[31mred\a\n\t",
         "\xff\xc3\xed\xa0\x80 no UTF-8",
         "<!--<script>",
@@ -143,7 +143,7 @@ double hostileMs(Dice& dice) {
                              1e308,     -1e308,     9.2e12,
                              -1,        0,          5e-324};
     return dice.oneIn(4) ? kTimes[dice.below(std::size(kTimes))]
-                         : static_cast<double>(kStart / kMs + dice.below(120)) - 10 +
+                         : static_cast<double>(kStart) / kMs + dice.below(120) - 10 +
                                    dice.below(4) * 0.25;
 }
 

@@ -240,7 +240,7 @@ class PageTest(unittest.TestCase):
         self.screenshot("hostile")
         self.check_harmless()
         self.assertIn("</script><script>window.broken=1</script>", self.names())
-        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated", self.names())
+        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated\\u{2069}", self.names())
         self.assertTrue(any(name.endswith("… (1048576 characters)") for name in self.names()))
         for number in range(1, 15):
             self.choose(number)

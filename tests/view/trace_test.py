@@ -112,7 +112,7 @@ class Trace(unittest.TestCase):
         names = [event["args"]["name"] for event in trace["traceEvents"]
                  if event["name"] == "process_name"]
         self.assertIn("N" * 2**20, names)
-        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated", names)
+        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated\\u{2069}", names)
 
     def test_trace_of_ordinary_captures(self):
         trace = self.made("ordinary", 100)
