@@ -335,12 +335,12 @@ TEST(Builder, LeavesOthersOutOfItsMessages) {
     log.on(9).add(kEngineTag, "elsewhere").on(34).flushed("A").removes("A", 0);
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(A
-  cut_event cut@8: node cut: the log has the beginning of the event only
+  cut_event cut@9: node cut: the log has the beginning of the event only
 session
   unknown_name updateUIInfo@2: B: updateUIInfo: there is no record of that name
 )",
               findingsOf(seen));
-    EXPECT_EQ(2, seen.captures.at(0).nodes.at(0).completion);
+    EXPECT_EQ(2, seen.captures.at(0).nodes.at(1).completion);
 }
 
 // A request() reports without the lines of a flush.

@@ -170,6 +170,14 @@ TEST(Content, HasNoTimesThatTheLogDoesNotTell) {
               stages(play({R"(register A "at":9)", "stage A"}).captures.at(0)));
 }
 
+TEST(Content, HasTwentyThousandCallsAtMost) {
+    Lines lines(20'002, "anchor A");
+    lines.insert(lines.begin(), "register A");
+    const Shown shown = play(lines);
+    EXPECT_EQ(20'000U, shown.captures.at(0).calls.size());
+    EXPECT_EQ(Lines{"A: 3 more calls are not shown"}, shown.session.notes);
+}
+
 TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {
     const Shown shown = play({"register C", "register A", "register B", "unregister A",
                               R"({"call":"request","type":0,"record":{"createTime":{"sec":1},)"

@@ -244,7 +244,7 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     constexpr const char* kCalls[] = {"register", "3a", "flush", "anchor", "unregister"};
     Lines lines;
     std::map<std::string, size_t> made;
-    for (unsigned i = 0; i < 24000; ++i) {
+    for (unsigned i = 0; i < 12000; ++i) {
         const std::string thread = R"("thread":"t)" + std::to_string(i % 4) + '"';
         const std::string image(1, static_cast<char>('A' + i / 4 % 3));
         const std::string operation = kCalls[(i / 12 + i % 4) % 5];

@@ -18,6 +18,7 @@
 #include "CaptureLog.h"
 #include "CollectionState.h"
 #include "Finding.h"
+#include "FindingList.h"
 #include "InfoSynchronizerManager.h"
 #include "LogCheck.h"
 #include "Observation.h"
@@ -341,6 +342,11 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
 void CaptureObserver::handOn(TrackedCapture& capture) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
+    if (capture.callsLeftOut() != 0) {
+        mSession.notes.push_back(shortened(capture.name()) + ": " +
+                                 std::to_string(capture.callsLeftOut()) +
+                                 " more calls are not shown");
+    }
     if (mViewThrew != nullptr) {
         return;
     }

@@ -27,7 +27,7 @@ namespace {
 
 using view::FindingKind;
 
-constexpr size_t kMostCalls = 100'000;
+constexpr size_t kMostCalls = 20'000;
 constexpr char kNotReturned[] = "not_return";
 
 int32_t idOf(const std::string& name) {
