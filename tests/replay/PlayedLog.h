@@ -39,11 +39,11 @@ struct Shown {
         std::stable_sort(all.begin(), all.end(), [](const auto& left, const auto& right) {
             return std::tie(left.place.line, left.kind) < std::tie(right.place.line, right.kind);
         });
-        std::vector<std::string> texts;
-        for (const view::Finding& finding : all) {
-            texts.push_back(std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) +
-                            ' ' + finding.text);
-        }
+        std::vector<std::string> texts(all.size());
+        std::transform(all.begin(), all.end(), texts.begin(), [](const view::Finding& finding) {
+            return std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) + ' ' +
+                   finding.text;
+        });
         return texts;
     }
 

@@ -1,7 +1,6 @@
 #include "CaptureObserver.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -361,6 +360,7 @@ void CaptureObserver::finish(const Counts& counts) {
     const std::lock_guard<std::mutex> lock(mMutex);
     judgeDeferred();
     std::vector<std::unique_ptr<TrackedCapture>> left;
+    left.reserve(mCaptures.size());
     for (auto& [name, capture] : mCaptures) {
         left.push_back(std::move(capture));
     }

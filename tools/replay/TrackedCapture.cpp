@@ -225,7 +225,7 @@ view::Capture TrackedCapture::complete() {
 
 void TrackedCapture::findMissingResults() {
     const auto& expected = mRecord->snapshotInfo.requestInfo.expectedResultIds;
-    for (const view::VendorResult& result : *mCapture.results) {
+    for (const view::VendorResult& result : resultsOf(*mRecord, mResults)) {
         const bool isExpected =
                 std::find(expected.begin(), expected.end(), result.id) != expected.end();
         if (isExpected && result.text == kNotReturned && result.place.line == 0) {
