@@ -371,8 +371,7 @@ TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
     EXPECT_EQ(view::Clock::kReal, seen.session.clock);
     EXPECT_EQ((std::vector<std::string>{
                       "log1: its lines have no year; the log's date gives it",
-                      "log1: its lines have no time zone; their times are the phone's own, shown "
-                      "as UTC",
+                      "log1: its lines have no time zone; what is called UTC is the phone's time",
                       "log2: there are no lines of the library",
                       "log3: some of its times are of another clock than the first, and left out",
                       "log4: some of its lines have no time"}),
@@ -421,6 +420,8 @@ TEST(Reader, TakesWhatADeskPrints) {
     const Seen seen = readLogs({"features_mgr_handle = 0x0\n" + liblog + debug});
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ("22092", seen.captures[0].process);
+    ASSERT_EQ(4, seen.session.notes.size());
+    EXPECT_EQ("log1: its times are whole seconds", seen.session.notes[2]);
     EXPECT_EQ("", seen.captures[1].process);
 }
 
