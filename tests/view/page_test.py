@@ -162,10 +162,12 @@ class PageTest(unittest.TestCase):
         self.assertEqual(self.spans("#overview"), ["IMG</script>: at 0 ms, 110 ms, failed",
                                                    "nodes only: at 0 ms, 40 ms"])
         self.choose(1)
-        self.assertEqual(self.find("#capture dl").text.split("\n"), [
-            "Process", "hal", "Number", "3", "Cameras", "0, 3", "Algorithms", "mfnr, fusion",
-            "Registered", "at 0 ms", "Flushed", "at 100.007 ms", "Removed", "no",
-            "To the flush", "100.007 ms"])
+        facts = self.run("return Array.from(document.querySelectorAll('#capture dl div'), "
+                         "fact => Array.from(fact.children, part => part.textContent))")
+        self.assertEqual(facts, [
+            ["Process", "hal"], ["Number", "3"], ["Cameras", "0, 3"],
+            ["Algorithms", "mfnr, fusion"], ["Registered", "at 0 ms"],
+            ["Flushed", "at 100.007 ms"], ["Removed", "no"], ["To the flush", "100.007 ms"]])
         self.assertEqual(self.find("#capture .findings").text.split("\n"), [
             "node error mfnr · made.jsonl:9", "too late updateUIInfo · second.jsonl:8", "cut"])
         self.assertEqual(self.rows("Nodes"), [

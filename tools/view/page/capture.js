@@ -63,8 +63,8 @@ class CaptureView {
     if (capture.raw.process !== undefined) {
       facts.unshift(["Process", capture.text(capture.raw.process)]);
     }
-    return element("dl", {}, facts.reduce((list, [name, text]) =>
-      list.concat(element("dt", {}, name), element("dd", {}, text)), []));
+    return element("dl", {}, facts.map(([name, text]) =>
+      element("div", {}, [element("dt", {}, name), element("dd", {}, text)])));
   }
 
   // True is an event whose time is not known.
