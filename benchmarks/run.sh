@@ -129,6 +129,13 @@ compare_loads() {
         "$(folder_of "$reference")/libcaminfosync.so" "$1"
 }
 
+# How fast a log of so many megabytes is read: read_log MEGABYTES ROUNDS
+read_log() {
+    say "reading a log of $1 MB"
+    benchmarks/logcat.sh "$build/tools/logcat/infosync-logcat" "$results/log" "$1" "$2" ||
+        die "infosync-logcat fails"
+}
+
 report() { benchmarks/report.py --names "$libraries ${1:-}" "$results" || die "failed"; }
 
 # The names of all benchmarks that were asked for, to see that none is missing.
@@ -141,7 +148,7 @@ libraries="$reference infosync"
 variants='record_copy algorithm_copy both_copies mutex_pass locks everything'
 rm -rf "$results"
 mkdir -p "$results"
-targets=(benchmarks)
+targets=(benchmarks infosync_logcat)
 if [ "$mode" = without ]; then
     targets+=(without)
     libraries="infosync $variants"
@@ -158,6 +165,7 @@ smoke)
     expected >"$results/expected"
     report recorded >"$results/table.txt"
     compare_loads 1 >>"$results/table.txt"
+    read_log 8 1 >>"$results/table.txt"
     say "$(wc -l <"$results/expected") benchmarks ran once with each library, without a fault"
     ;;
 instructions)
@@ -175,6 +183,7 @@ full)
     count_all "$libraries" operation/command
     report recorded
     compare_loads 51
+    read_log 200 11
     ;;
 esac
 [ "$mode" = smoke ] || say "done; the results are in $results"

@@ -22,7 +22,8 @@ if ! { cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Re
     -DINFOSYNC_FUZZ=ON -DINFOSYNC_REQUIRE_ALL=ON -DINFOSYNC_BENCHMARKS=OFF -DBUILD_TESTING=OFF \
     -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DCMAKE_CXX_FLAGS="$flags" \
     -DCMAKE_CXX_STANDARD_LIBRARIES=-Wl,-z,undefs &&
-    cmake --build "$build" -j "$(nproc)" --target library_fuzzer capture_log_fuzzer; } \
+    cmake --build "$build" -j "$(nproc)" --target library_fuzzer capture_log_fuzzer \
+        logcat_fuzzer; } \
     >"$build/build.log" 2>&1; then
     tail -n 40 "$build/build.log" >&2
     exit 1
@@ -30,7 +31,7 @@ fi
 
 # The library's target reads back what the recorder writes.
 export INFOSYNC_RECORD=$PWD/$build/recorded INFOSYNC_RECORD_LIMIT=$((1 << 60))
-for target in library capture_log; do
+for target in library capture_log logcat; do
     found=$build/found-$target
     mkdir -p "$found"
     rm -rf "$INFOSYNC_RECORD"

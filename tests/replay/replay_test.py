@@ -68,6 +68,19 @@ class Reports(ReplayTest):
         self.run_tool("plain-shot.jsonl", "--repeat", "3", "--summary")
         self.expect("repeat.txt", self.out)
 
+    def test_which_captures_are_shown(self):
+        names = [f"{number:02}" for number in range(1, 22)]
+        lines = [line(name) for name in names for line in (register, frame, flush)]
+        log = self.write(*lines, fail("07"))
+        for options, reports, first in (([], [], "01"),
+                                        (["--failed"], ["07"], "01"),
+                                        (["--failed", "--sort", "findings"], ["07"], "07"),
+                                        (["--image", "07", "--image", "09"], ["07", "09"], "07")):
+            self.run_tool(log, *options)
+            self.assertEqual(reports, re.findall(r"^capture \d+: (.*)$", self.out, re.M), options)
+            self.assertEqual(first, re.findall(r"^  (\d\d) ", self.out, re.M)[0], options)
+        self.run_tool(log, "--sort", "name", status=2)
+
     def test_names_in_totals(self):
         names = [f"{number:02}" for number in range(1, 13)]
         for count, more in ((10, ""), (12, ", ... and 2 more")):

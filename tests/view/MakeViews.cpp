@@ -1,4 +1,5 @@
-// Writes views of made captures: MakeViews ordinary|hostile NUMBER TRACE PAGE; "" leaves one out.
+// Writes views of made captures: MakeViews ordinary|hostile|complete NUMBER TRACE PAGE; "" leaves
+// one out.
 
 #include <cstdint>
 #include <cstdlib>
@@ -6,14 +7,25 @@
 #include <iostream>
 #include <string>
 
+#include "Capture.h"
 #include "MadeCaptures.h"
 #include "View.h"
 #include "ViewOptions.h"
 #include "Views.h"
 
+namespace {
+
+view::Capture make(const std::string& kind, uint64_t number) {
+    return kind == "hostile"    ? view::hostileCapture(number)
+           : kind == "complete" ? number == 1 ? view::completeCapture() : view::nodesOnlyCapture()
+                                : view::ordinaryCapture(number);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) try {
     if (argc != 5) {
-        std::cerr << "usage: infosync-make-views ordinary|hostile NUMBER TRACE PAGE\n";
+        std::cerr << "usage: infosync-make-views ordinary|hostile|complete NUMBER TRACE PAGE\n";
         return 2;
     }
     const bool isHostile = std::string(argv[1]) == "hostile";
@@ -26,7 +38,7 @@ int main(int argc, char** argv) try {
     // The second comes first: the order is that of their ends.
     for (uint64_t i = 1; i <= number; ++i) {
         const uint64_t next = i % 2 == 0 ? i - 1 : i < number ? i + 1 : i;
-        views.add(isHostile ? view::hostileCapture(next) : view::ordinaryCapture(next), session);
+        views.add(make(argv[1], next), session);
     }
     views.finish(session);
     return 0;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <limits>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -15,8 +15,10 @@
 #include <gtest/gtest.h>
 
 #include "Capture.h"
-#include "Finding.h"
+#include "MadeCaptures.h"
 #include "NewFile.h"
+#include "Page.h"
+#include "PageParts.h"
 #include "View.h"
 
 namespace view {
@@ -103,6 +105,8 @@ TEST_F(NewFileTest, SaysWhatFailsAndLeavesNothing) {
     const std::string missing = path("none/file");
     EXPECT_EQ(complaintOf([&] { const NewFile file(missing); }),
               missing + ": cannot be opened for writing: No such file or directory");
+    EXPECT_EQ(complaintOf([] { const NewFile file("-"); }),
+              "standard output cannot be written to here; please name a file");
     EXPECT_EQ(complaintOf([&] { const NewFile file(path("")); }),
               path("") + ": cannot be opened for writing: Is a directory");
 
@@ -124,43 +128,14 @@ TEST_F(NewFileTest, SaysWhatFailsAndLeavesNothing) {
     EXPECT_EQ(names(), Names());
 }
 
-Capture smallCapture() {
-    Capture capture;
-    capture.number = 3;
-    capture.name = "IMG</script>";
-    capture.process = "hal";
-    capture.isRegistered = capture.isFlushed = true;
-    capture.registered = 5000 * kMs;
-    capture.flushed = 5100 * kMs + 7;
-    capture.removed = 5110 * kMs;
-    capture.cameras = {{0, 3}};
-    capture.values = {{Value::Group::kAutomatics, "iso", "125", true}};
-    capture.stages = {{{1, "2request_to_vendor", 5}}};
-    Node node;
-    node.name = "mfnr";
-    node.start = 5010;
-    node.completion = 5040.5;
-    node.place = {0, 7};
-    capture.nodes = {node};
-    capture.calls = {{"updateUIInfo", "algo", 9, 5020 * kMs, {1, 8}, false}};
-    capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, 5050 * kMs}};
-    return capture;
-}
-
 TEST_F(TraceTest, WritesEachLaneAsAThread) {
-    Session session;
-    session.clock = Clock::kMonotonic;
-    session.sources = {"a.jsonl", "b.jsonl"};
+    const Session session = madeSession(false);
     Capture noTimes;
     noTimes.name = "none";
-    Capture nodesOnly;
-    nodesOnly.number = 4;
-    nodesOnly.name = "nodes";
-    nodesOnly.nodes = smallCapture().nodes;
     Trace trace(path("trace"));
     trace.add(noTimes, session);
-    trace.add(nodesOnly, session);
-    trace.add(smallCapture(), session);
+    trace.add(nodesOnlyCapture(), session);
+    trace.add(completeCapture(), session);
     Capture early;
     early.number = 1;
     early.name = "early";
@@ -176,6 +151,25 @@ TEST_F(TraceTest, WithoutCapturesIsATrace) {
     EXPECT_EQ(contentOf(path("trace")),
               "{\"displayTimeUnit\":\"ms\",\"traceEvents\":[\n],\"metadata\":{\"clock\":\"none\","
               "\"sources\":[],\"captures_without_times\":0}}\n");
+}
+
+using PageFileTest = Folder;
+
+TEST_F(PageFileTest, HasTheDataBetweenItsParts) {
+    const Session session = madeSession(false);
+    Page page(path("page"), PageParts{"before:", ":after"});
+    page.add(completeCapture(), session);
+    Capture bare;
+    bare.number = 4;
+    page.add(bare, session);
+    page.finish(session);
+    EXPECT_EQ(contentOf(path("page")), contentOf(INFOSYNC_EXPECTED_PAGE));
+}
+
+TEST_F(PageFileTest, CannotBeMadeWithoutD3) {
+    EXPECT_EQ(complaintOf([&] { const Page page(path("page"), std::nullopt); }),
+              path("page") + ": a page needs Debian's node-d3 when the tools are built");
+    EXPECT_EQ(names(), Names());
 }
 
 }  // namespace

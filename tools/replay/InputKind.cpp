@@ -60,17 +60,22 @@ bool isOverSeveralLines(std::string_view text) {
 
 }  // namespace
 
-std::string unreadableKind(std::string_view beginning) {
+std::string compressedKind(std::string_view beginning, std::string_view wanted) {
     for (const auto& [bytes, kind, remedy] : kSignatures) {
         if (beginning.substr(0, bytes.size()) == bytes) {
-            return "is " + std::string(kind) + "; \"" + std::string(remedy) +
-                   "\" makes a capture log of it";
+            return "is " + std::string(kind) + "; \"" + std::string(remedy) + "\" makes " +
+                   std::string(wanted) + " of it";
         }
     }
-    return isOverSeveralLines(beginning)
+    return {};
+}
+
+std::string unreadableKind(std::string_view beginning) {
+    const std::string compressed = compressedKind(beginning, "a capture log");
+    return compressed.empty() && isOverSeveralLines(beginning)
                    ? "has JSON that goes over several lines; a capture log has one object per "
                      "line, as \"jq -c\" writes it"
-                   : std::string();
+                   : compressed;
 }
 
 }  // namespace replay

@@ -11,4 +11,7 @@ namespace replay {
 // it may be a capture log.
 std::string unreadableKind(std::string_view beginning);
 
+// The same, without a look at JSON, for who wants `wanted`, as in "a capture log".
+std::string compressedKind(std::string_view beginning, std::string_view wanted);
+
 }  // namespace replay

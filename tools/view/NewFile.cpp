@@ -1,6 +1,7 @@
 #include "NewFile.h"
 
 #include <fcntl.h>   // open
+#include <stdio.h>   // fdopen
 #include <unistd.h>  // getpid, unlink
 
 #include <cerrno>
@@ -36,6 +37,9 @@ std::string withoutLinks(const std::string& path) {
 }  // namespace
 
 NewFile::NewFile(const std::string& path) : mPath(path), mTarget(withoutLinks(path)) {
+    if (path == "-") {
+        throw std::runtime_error("standard output cannot be written to here; please name a file");
+    }
     if (isSpecial(mTarget)) {
         mFile.reset(std::fopen(mTarget.c_str(), "w"));
     } else {

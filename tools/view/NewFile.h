@@ -16,7 +16,7 @@ struct FileCloser {
 using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
 // Writes to a temporary file in the same folder. A device or a pipe of that name is written to as
-// it is.
+// it is; "-" is refused.
 //
 // What fails is thrown as std::runtime_error with a text for the user, which names the file.
 class NewFile {

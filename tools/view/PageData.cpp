@@ -102,16 +102,15 @@ void CaptureObject::addFacts() {
     add("removed", event(mCapture.isRemoved, mCapture.removed));
 }
 
-// The name is left out where the lane's says the same.
+// A node's span has the lane's name.
 std::string CaptureObject::lane(const Lane& lane) {
+    const bool isNode = lane.kind == Lane::Kind::kNode;
     const auto span = [&](const Span& each) {
         return '[' + microsecondsOf(each.begin) + ',' + microsecondsOf(each.end) + ',' +
-               flag(each.hasFailed) + (each.name == lane.name ? "" : ',' + mNames.json(each.name)) +
-               ']';
+               flag(each.hasFailed) + (isNode ? "" : ',' + mNames.json(each.name)) + ']';
     };
-    const bool isNamed = lane.kind == Lane::Kind::kNode;
     return '[' + std::to_string(static_cast<int>(lane.kind)) + ',' +
-           (isNamed ? mNames.json(lane.name) : "0") + ',' + arrayOf(lane.spans, span) + ']';
+           (isNode ? mNames.json(lane.name) : "null") + ',' + arrayOf(lane.spans, span) + ']';
 }
 
 // Threads' lanes are left out: the calls say the same.

@@ -19,7 +19,8 @@ function firstVisible(spans, time) {
 }
 
 class Chart {
-  // `parent` gets the canvas. `options`: label, height, hasLabels, onPick(span).
+  // `parent` gets the canvas. `options`: label, and perhaps mostHeight, hasLabels, isDim(span) and
+  // onPick(span).
   constructor(parent, options) {
     this.options = options;
     this.rows = [];
@@ -76,13 +77,17 @@ class Chart {
     this.length = Math.max(length, SHORTEST_VIEW);
     this.sorted = null;
     this.current = null;
+    const names = rows.map(row => shortText(row.name, 80)).join(", ");
+    this.canvas.setAttribute("aria-label",
+      this.options.hasLabels ? `${this.options.label}: ${names}` : this.options.label);
     this.resize();
     this.showAll();
   }
 
   resize() {
     const ratio = devicePixelRatio || 1;
-    const height = AXIS_HEIGHT + (this.options.height || this.rows.length * 20 + 4);
+    const height = AXIS_HEIGHT + Math.min(this.options.mostHeight || Infinity,
+      Math.max(1, this.rows.length) * 20 + 4);
     this.width = this.canvas.clientWidth || 600;
     this.height = height;
     this.canvas.width = Math.round(this.width * ratio);
@@ -172,7 +177,7 @@ class Chart {
       const begin = Math.max(x(span.begin), this.left - 2);
       const width = Math.max(Math.min(x(span.end), this.width + 2) - begin, span.end > span.begin ? 1 : 2);
       const isDim = this.options.isDim !== undefined && this.options.isDim(span);
-      context.fillStyle = colour(isDim ? "hidden" : span.failed ? "failed" : span.kind);
+      context.fillStyle = colour(isDim ? "hidden" : this.kindOf(span));
       const gap = height > 6 ? 2 : 0;
       context.fillRect(begin, top + gap, width, gap > 0 ? height - 2 * gap : Math.max(height - 0.5, 1));
       if (span === this.current) {
@@ -185,6 +190,10 @@ class Chart {
         this.drawName(context, colour("paper"), span.name, begin + 4, width - 8, top + height / 2);
       }
     }
+  }
+
+  kindOf({failed, kind}) {
+    return !failed ? kind : kind === "call" ? "no-effect" : "failed";
   }
 
   drawName(context, colour, name, left, width, middle) {

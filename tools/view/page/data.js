@@ -125,14 +125,16 @@ class Capture {
       }
       const key = call.tid === 0 ? `name ${call.thread}` : `tid ${call.tid}`;
       if (!lanes.has(key)) {
-        const name = call.thread === "" ? "calls" : `calls of ${call.thread}`;
-        lanes.set(key, {kind: "call", name: call.tid === 0 ? name : `${name} (${call.tid})`, spans: []});
+        lanes.set(key, {kind: "call", thread: "", tid: call.tid, spans: []});
       }
-      lanes.get(key).spans.push({begin: call.at, end: call.at, failed: !call.hadEffect,
-        name: call.operation});
+      const lane = lanes.get(key);
+      lane.thread = lane.thread || call.thread;
+      lane.spans.push({begin: call.at, end: call.at, failed: !call.hadEffect, name: call.operation});
     }
     const sorted = Array.from(lanes.values());
     for (const lane of sorted) {
+      lane.name = ["calls", lane.thread && `of ${lane.thread}`, lane.tid && `(${lane.tid})`]
+        .filter(part => part).join(" ");
       lane.spans.sort((one, other) => one.begin - other.begin);
     }
     return sorted.sort((one, other) => one.spans[0].begin - other.spans[0].begin);
@@ -144,6 +146,8 @@ class Session {
     const raw = data.session;
     this.names = data.names;
     this.sources = raw.sources;
+    // Lines are told with the file's own name; the header has the paths.
+    this.files = raw.sources.map(source => source.slice(source.lastIndexOf("/") + 1));
     this.switches = raw.switches;
     this.notes = raw.notes;
     this.calls = raw.calls;
@@ -173,7 +177,7 @@ class Session {
   // "night.jsonl:17"; empty if the line is not known.
   placeText(place) {
     const [source, line] = Array.isArray(place) ? place : [0, place];
-    const name = source < this.sources.length ? this.sources[source] : "?";
+    const name = source < this.files.length ? this.files[source] : "?";
     return line === 0 ? "" : `${name}:${line}`;
   }
 

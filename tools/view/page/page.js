@@ -8,6 +8,10 @@ function byId(id) {
   return document.getElementById(id);
 }
 
+function counted(number, noun) {
+  return `${number} ${noun}${number === 1 ? "" : "s"}`;
+}
+
 // Captures that overlap go into rows of their own; a row holds those that follow each other.
 function packed(captures) {
   const rows = [];
@@ -56,11 +60,12 @@ class Page {
     const failed = captures.filter(capture => capture.hasFailed).length;
     const noEffects = captures.reduce((total, capture) => total + capture.noEffects, 0) +
       findings.filter(finding => finding.weight === "no-effect").length;
-    const texts = [`${captures.length} captures`, `${failed} failed`,
-      `${noEffects} calls without effect`, this.startText()];
+    const texts = [counted(captures.length, "capture"), `${failed} failed`,
+      `${counted(noEffects, "call")} without effect`, this.startText()];
     byId("totals").textContent = texts.filter(text => text !== "").join(" · ");
     const lists = [
-      element("p", {class: "text"}, `From ${this.session.sources.join(", ")}; ${this.session.calls} calls.`),
+      element("p", {class: "text"},
+        `From ${this.session.sources.join(", ")}; ${counted(this.session.calls, "call")}.`),
       findingList(findings),
       element("ul", {}, notes.map(note => element("li", {class: "text"}, note))),
       element("ul", {}, switches.map(([name, state]) => element("li", {class: "text"}, `${name}: ${state}`))),
@@ -92,7 +97,7 @@ class Page {
   addOverview() {
     this.overview = new Chart(byId("overview"), {
       label: "All captures on one time axis",
-      height: OVERVIEW_HEIGHT,
+      mostHeight: OVERVIEW_HEIGHT,
       isDim: span => !this.shown.has(span.capture),
       onPick: span => this.choose(span.capture),
     });
@@ -100,7 +105,7 @@ class Page {
     const without = this.session.captures.filter(capture => !capture.hasTimes).length;
     if (without > 0) {
       byId("overview").append(element("p", {class: "faint"},
-        `${without} captures have no times and stand in the table only.`));
+        `${counted(without, "capture")} without times: in the table only.`));
     }
   }
 
