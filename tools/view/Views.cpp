@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include "Capture.h"
@@ -29,6 +30,9 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 Views::Views(const ViewOptions& options, std::FILE* terminal) {
     if (terminal != nullptr && !options.quiet) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
+    }
+    if (!options.trace.empty() && options.trace == options.html) {
+        throw std::runtime_error(options.trace + ": cannot be both the trace and the page");
     }
     if (!options.trace.empty()) {
         mViews.push_back(std::make_unique<Trace>(options.trace));
