@@ -118,6 +118,9 @@ class Logcat(unittest.TestCase):
         self.assertNotIn("capture 1:", only)
         self.assertEqual("", quiet)
         self.assertNotIn("\x1b", whole)
+        result = self.run_program(log, "--image", "B", "--image", "b\n")
+        self.assertEqual((2, b"infosync-logcat: b\\n: no capture has this name\n"),
+                         (result.returncode, result.stderr))
 
     def test_printable(self):
         log = self.write("log", line(1, "register image a\\x41\\\\, queue size: 1"))

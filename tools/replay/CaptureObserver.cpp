@@ -338,7 +338,7 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
     return *capture;
 }
 
-void CaptureObserver::handOn(TrackedCapture& capture) {
+void CaptureObserver::handOn(TrackedCapture& capture, bool isOver) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
     if (capture.callsLeftOut() != 0) {
@@ -350,7 +350,7 @@ void CaptureObserver::handOn(TrackedCapture& capture) {
         return;
     }
     try {
-        mView.add(capture.complete(), mSession);
+        mView.add(capture.complete(isOver), mSession);
     } catch (const std::runtime_error&) {
         mViewThrew = std::current_exception();
     }
@@ -368,7 +368,7 @@ void CaptureObserver::finish(const Counts& counts) {
     std::sort(left.begin(), left.end(),
               [](const auto& one, const auto& other) { return one->number() < other->number(); });
     for (const auto& capture : left) {
-        handOn(*capture);
+        handOn(*capture, !mSettings.goesOn);
     }
     mSession.calls = counts.calls;
     mSession.flushes = counts.flushes;
