@@ -102,7 +102,8 @@ void CaptureObject::addFacts() {
     add("removed", event(mCapture.isRemoved, mCapture.removed));
 }
 
-// A node's span has the lane's name.
+// A node's span has the lane's name. Each name's number is the order of its first use, so that here
+// and below the names of one line are asked for one after the other.
 std::string CaptureObject::lane(const Lane& lane) {
     const bool isNode = lane.kind == Lane::Kind::kNode;
     const auto span = [&](const Span& each) {
@@ -166,10 +167,11 @@ void CaptureObject::addRecord() {
 
 void CaptureObject::addNodes() {
     add("nodes", arrayOf(mCapture.nodes, [&](const Node& node) {
-            return '[' + mNames.json(node.name) + ',' + numberOrNull(node.start) + ',' +
-                   numberOrNull(node.second) + ',' + numberOrNull(node.completion) + ',' +
-                   mNames.json(node.state) + ',' + flag(node.isListed) + ',' + placeOf(node.place) +
-                   ']';
+            const std::string name = mNames.json(node.name);
+            const std::string state = mNames.json(node.state);
+            return '[' + name + ',' + numberOrNull(node.start) + ',' + numberOrNull(node.second) +
+                   ',' + numberOrNull(node.completion) + ',' + state + ',' + flag(node.isListed) +
+                   ',' + placeOf(node.place) + ']';
         }));
 }
 
@@ -202,8 +204,10 @@ void CaptureObject::addCalls() {
         return std::to_string(place->second);
     };
     add("calls", arrayOf(mCapture.calls, [&](const Call& call) {
-            return '[' + mNames.json(call.operation) + ',' + thread(call) + ',' + time(call.at) +
-                   ',' + placeOf(call.place) + (call.hadEffect ? "" : ",0") + ']';
+            const std::string operation = mNames.json(call.operation);
+            const std::string index = thread(call);
+            return '[' + operation + ',' + index + ',' + time(call.at) + ',' + placeOf(call.place) +
+                   (call.hadEffect ? "" : ",0") + ']';
         }));
     add("threads", '[' + list + ']');
 }
