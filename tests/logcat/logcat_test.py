@@ -109,11 +109,13 @@ class Logcat(unittest.TestCase):
     def test_shown_captures(self):
         """The options on what is shown reach the views."""
         log = self.write("log", GOOD.replace("A", "A\x1b[2J") + line(3, "register image B, queue size: 1"))
+        os.utime(log, (1582000000, 1582000000))  # in February of 2020
         summary, whole, only, quiet = (
             self.run_program(log, *options).stdout.decode()
             for options in (("--summary",), (), ("--image", "B"), ("--quiet",)))
         self.assertNotIn("capture 2", summary)
         self.assertIn("capture 1: A\\x1b[2J, process 1234", whole)
+        self.assertIn("registered at 2019-11-21 10:15:00.001 UTC", whole)
         self.assertIn("capture 2: B, process 1234", only)
         self.assertNotIn("capture 1:", only)
         self.assertEqual("", quiet)
