@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Cursor.h"
 #include "LogTime.h"
 #include "Logs.h"
 #include "Message.h"
@@ -99,12 +100,28 @@ TEST(LogLine, OfOtherTagsAndOtherTextsIsPassedOver) {
     for (const char* text :
          {"", "[ ", "I", "I/ZuAlgoEngine", "I/ZuAlgoEngineX( 1): m",
           "11-21 10:15:00.123 1 2 I X: m", "11-21 25:15:00.123 1 2 I ZuAlgoEngine: m",
-          "13-21 10:15:00.123 1 2 I ZuAlgoEngine: m", "I(12) m  (X)", "ZuAlgoEngine I 11-21"}) {
+          "13-21 10:15:00.123 1 2 I ZuAlgoEngine: m",
+          "1969-11-21 10:15:00.123 1 2 I ZuAlgoEngine: m", "I(12) m  (X)",
+          "ZuAlgoEngine I 11-21"}) {
         EXPECT_FALSE(readLogLine(text, line)) << text;
     }
     for (const char* text : {"", "{\"call\":1}", "total 12", "Internal: no", "11-21 hello: all"}) {
         EXPECT_FALSE(looksLikeLogcat(text)) << text;
     }
+}
+
+TEST(LogLine, HasATagThatIsFilledUpWithBlanks) {
+    LogLine line;
+    const LogEntry entry{std::string(kChattyTag), "expire 1 line"};
+    ASSERT_TRUE(readLogLine(formatted({"brief"}, entry), line));
+    EXPECT_EQ(kChattyTag, line.tag);
+}
+
+TEST(LogTime, MayHaveALeapSecondAndAZoneToTheWest) {
+    Cursor cursor("2025-12-31 20:29:60.000 -0330");
+    LogTime time;
+    ASSERT_TRUE(takeTime(cursor, time));
+    EXPECT_EQ(kNewYear * kSecond, Calendar(kNewYear).toNanoseconds(time));
 }
 
 TEST(Calendar, TakesTheLastYearInWhichADateIsNotAfterTheLog) {
@@ -113,10 +130,13 @@ TEST(Calendar, TakesTheLastYearInWhichADateIsNotAfterTheLog) {
     december.day = 31;
     LogTime january{};
     const int64_t day = 86400;
-    for (const int64_t taken : {kNewYear, kNewYear + 200 * day, kNewYear + 300 * day}) {
+    // The phone's date may be a day further than that of the log.
+    for (const int64_t taken :
+         {kNewYear - 3600, kNewYear, kNewYear + 200 * day, kNewYear + 300 * day}) {
         EXPECT_EQ((kNewYear - day) * kSecond, Calendar(taken).toNanoseconds(december)) << taken;
         EXPECT_EQ(kNewYear * kSecond, Calendar(taken).toNanoseconds(january)) << taken;
     }
+    EXPECT_EQ(0, Calendar(-400 * day).toNanoseconds(january));
 }
 
 TEST(Printable, GivesTheBytesBackThatTheFormatterEscaped) {
@@ -131,7 +151,13 @@ TEST(Printable, GivesTheBytesBackThatTheFormatterEscaped) {
     LogLine line;
     ASSERT_TRUE(readLogLine(std::string_view(text).substr(0, text.find('\n')), line));
     EXPECT_EQ(bytes, fromPrintable(line.message));
-    EXPECT_EQ("\x01\x21\\", fromPrintable("\\1\\41\\"));  // as older loggers write them
+    EXPECT_EQ("\x01\x21\x41\\", fromPrintable("\\1\\41\\101\\"));  // as older loggers write them
+}
+
+TEST(SubmitEvent, IsCutUnlessItsEndIsTheLast) {
+    const std::string event = R"({ "submit-request":{"pipeline_name":"A","timestamp":"9"}})";
+    EXPECT_FALSE(readSubmitEvent(event).isCut);
+    EXPECT_TRUE(readSubmitEvent(event + "\nother").isCut);
 }
 
 }  // namespace

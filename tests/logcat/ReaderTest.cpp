@@ -159,6 +159,8 @@ TEST(Builder, TellsWhatTheLogLacks) {
     log.engine("remove", "can't find imageNmae A  in snapshot requestRecord queue!")
             .removes("A", 0);
     log.add(kChattyTag, "uid=1047(camera) expire 1 line");
+    // A frame of the capture's may have been told before the log began.
+    log.updates("updateZuAlgoInfo", "B", "zuAlgoInfo", 1);
     EXPECT_EQ(R"(A
   gap @3: the report's first event is missing from the log
   gap @3: the end of a flush is missing from the log
@@ -168,6 +170,8 @@ TEST(Builder, TellsWhatTheLogLacks) {
 A
   gap @7: the logger has dropped lines of this process: expire 12 lines
   gap @10: has no record any more; the line of its removal is not in the log
+B
+  never_removed @13: not unregistered by the end of the log
 session
   gap @12: the logger has dropped lines of this process: expire 1 line
 )",
@@ -210,13 +214,17 @@ TEST(Builder, ShowsWhatWasCutAsCut) {
     log.engine("requestInfo", cut("stime {\"" + node)).event("stime", "whole", "A", 8).flushed("A");
     log.add(kManagerTag, ("INFOSYNC InfoSynchronizerManager.cpp:1 r()register image " + name)
                                  .substr(0, kLongestMessage));
+    log.add(kManagerTag, ("INFOSYNC InfoSynchronizerManager.cpp:1 u()can't find imageName: " + name)
+                                 .substr(0, kLongestMessage));
     log.add(kManagerTag, ("INFOSYNC InfoSynchronizerManager.cpp:1 u()unregister image " + name)
                                  .substr(0, kLongestMessage));
     const Seen seen = readLogs({log.text});
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ(
             "  cut_event @7: the log has the beginning of its name only\n"
-            "  never_flushed @8: registered and never flushed\n",
+            "  other_manager u@8: u: found no record; on the manager of GetInstance(), which has "
+            "none?\n"
+            "  never_flushed @9: registered and never flushed\n",
             textOf(seen.captures[0].findings));
     const view::Capture& capture = seen.captures[1];
     EXPECT_EQ(view::FindingKind::kCutEvent, capture.findings.at(1).kind);
@@ -224,6 +232,49 @@ TEST(Builder, ShowsWhatWasCutAsCut) {
     ASSERT_EQ(1, capture.reports.size());
     const std::vector<view::Report::Event>& events = capture.reports[0].events;
     EXPECT_TRUE(!events[0].isCut && events[1].isCut && !events[2].isCut);
+}
+
+TEST(Builder, KnowsACaptureByTheBeginningOfItsName) {
+    const std::string name(945, 'n');
+    const std::string line = "INFOSYNC InfoSynchronizerManager.cpp:7 ";
+    Log log;
+    log.add(kManagerTag, (line + "registerSnapshotRequestRecord()register image " + name)
+                                 .substr(0, kLongestMessage));
+    log.add(kManagerTag, line + "u()unregister image " + name + ", queue size: 0");
+    const Seen seen = readLogs({log.text});
+    ASSERT_EQ(1, seen.captures.size());
+    EXPECT_TRUE(seen.captures[0].isRegistered && seen.captures[0].isRemoved);
+}
+
+TEST(Builder, TellsNodesAndValuesOfTheLastReport) {
+    Log log;
+    const auto submits = [&log](const std::string& timestamp) {
+        log.engine("requestInfo", R"(submitReq { "submit-request":{"pipeline_name":"A",)"
+                                  R"("timestamp":")" +
+                                          timestamp + R"("}})");
+    };
+    log.registers("A", 1).switchedOn();
+    submits("1");
+    log.event("stime", "a", "A", 0).event("stime", "b", "A", 0).flushed("A").switchedOn();
+    submits("2");
+    log.event("stime", "a", "A", 3).event("ctime", "a", "A", 5).event("ctime", "a", "A", 6);
+    log.event("stime", "b", "A", 0).event("ctime", "b", "A", 9).flushed("A").removes("A", 0);
+    // Of this flush the log lacks the end.
+    log.registers("B", 1).switchedOn().submits("B").removes("B", 0);
+    const Seen seen = readLogs({log.text});
+    EXPECT_EQ(R"(A
+  gap a@11: node a: its start is missing from the log
+B
+  gap @18: the end of a flush is missing from the log
+session
+)",
+              findingsOf(seen));
+    const view::Capture& capture = seen.captures.at(0);
+    EXPECT_EQ("2", capture.values.at(0).text);
+    ASSERT_EQ(2, capture.nodes.size());
+    EXPECT_EQ(6, capture.nodes[0].completion);
+    EXPECT_EQ(9, capture.nodes[1].completion);
+    EXPECT_FALSE(capture.nodes[1].isListed);
 }
 
 TEST(Builder, KeepsProcessesAndThreadsApart) {
@@ -266,8 +317,8 @@ TEST(Builder, KnowsStagesByNameAndCountsCalls) {
                     "imageName: A  timeinfo [stage " + name + " : interval %]lu");
     };
     log.registers("A", 1);
-    for (const char* name :
-         {"5request_to_post", "12post_proc_time", "1request_to_zuhal", "0", "16"}) {
+    for (const char* name : {"5request_to_post", "12post_proc_time", "1request_to_zuhal", "0", "16",
+                             "1request_to_zuhal"}) {
         stage(name);
     }
     log.manager("updateUIInfo", "can't find imageName: B");
@@ -277,9 +328,10 @@ TEST(Builder, KnowsStagesByNameAndCountsCalls) {
     ASSERT_EQ(3, stages.size());
     EXPECT_TRUE(stages[0].number == 0 && stages[1].number == 4 && stages[2].number == 11);
     EXPECT_TRUE(stages[1].name == "5request_to_post" && !stages[1].isKnown);
-    EXPECT_EQ(4, seen.captures[0].calls.size());  // stages of one call are in order
-    EXPECT_EQ(5, seen.session.calls);
+    EXPECT_EQ(5, seen.captures[0].calls.size());  // stages of one call are in order
+    EXPECT_EQ(6, seen.session.calls);
     EXPECT_EQ(0U, seen.session.flushes);
+    EXPECT_EQ(std::vector<std::string>{}, seen.session.notes);
 }
 
 TEST(Builder, SaysOnceWhatIsSwitchedOffAndThatThereIsNoService) {
@@ -293,7 +345,8 @@ TEST(Builder, SaysOnceWhatIsSwitchedOffAndThatThereIsNoService) {
     flush("camQuillSupported:0,  infoSyncCollectEnabled:0, cmdVal: ");
     flush("camQuillSupported:1,  infoSyncCollectEnabled:0, cmdVal: no");
     flush("camQuillSupported:1,  infoSyncCollectEnabled:0, cmdVal: no");
-    log.registers("A", 1).switchedOn().submits("A").flushed("A").removes("A", 0);
+    log.registers("A", 1).switchedOn().submits("A").flushed("A");
+    log.switchedOn().submits("A").flushed("A").removes("A", 0);
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(A
   no_service @9: reported to nobody: there is no service
@@ -303,6 +356,30 @@ session
 )",
               findingsOf(seen));
     EXPECT_EQ("none", seen.session.switches.at("service"));
+}
+
+TEST(Builder, KnowsWhetherThereIsAServiceAndWhenTasksPiledUp) {
+    const std::string pileUp = "[ThreadPool]: thread consume slowly or  blocking,task queue size 9";
+    const std::pair<std::vector<std::string>, bool> kCases[] = {
+            {{"Construct Enter", "Construct Eixt"}, true},
+            {{"Construct Eixt"}, false},
+            {{"Construct Enter", " mIntentAwareImpl is 0x1", "Construct Eixt"}, false},
+    };
+    const auto lacksService = [](const Log& log) {
+        return readLogs({log.text}).session.switches.count("service") == 1;
+    };
+    for (const auto& [messages, expected] : kCases) {
+        Log log;
+        for (const std::string& message : messages) {
+            log.manager("InfoSynchronizerManager", message);
+        }
+        EXPECT_EQ(expected, lacksService(log)) << messages.size();
+    }
+    EXPECT_TRUE(lacksService(Log().add(kOverlapTag, "Load() return...(2)")));
+    const std::string twice = Log().engine("p", pileUp).engine("p", pileUp).text;
+    EXPECT_EQ(std::vector<std::string>{"the worker pool's tasks have piled up 2 times, first in "
+                                       "log1:1"},
+              readLogs({twice}).session.notes);
 }
 
 // Names are not escaped, and may look like what stands behind them.
@@ -328,16 +405,19 @@ TEST(Builder, TakesNamesAsTheyAre) {
 // Others use the engine's tag as well, and the log puts their lines anywhere.
 TEST(Builder, LeavesOthersOutOfItsMessages) {
     Log log;
-    log.atOnce().registers("A", 1).manager("updateUIInfo", "can't find imageName: B");
+    log.atOnce().registers("A", 1).manager("updateUIInfo", "can't find imageName: B, type:2");
     log.add(kEngineTag, "an engine has begun");
     log.switchedOn().submits("A").event("stime", "n", "A", 1).add(kEngineTag, "and has ended");
     log.event("ctime", "n", "A", 2).engine("requestInfo", "stime {\"cut");
     log.on(9).add(kEngineTag, "elsewhere").on(34).flushed("A").removes("A", 0);
+    log.manager("updateUIInfo", "can't find imageName: C").text += "\n";
+    log.add(kManagerTag, "neither does this belong to it");
     const Seen seen = readLogs({log.text});
     EXPECT_EQ(R"(A
   cut_event cut@9: node cut: the log has the beginning of the event only
 session
-  unknown_name updateUIInfo@2: B: updateUIInfo: there is no record of that name
+  unknown_name updateUIInfo@2: B, type:2: updateUIInfo: there is no record of that name
+  unknown_name updateUIInfo@13: C: updateUIInfo: there is no record of that name
 )",
               findingsOf(seen));
     EXPECT_EQ(2, seen.captures.at(0).nodes.at(1).completion);
@@ -352,6 +432,15 @@ TEST(Builder, TakesReportsThatNoFlushAskedFor) {
     EXPECT_EQ(2, seen.captures[0].reports.size());
     EXPECT_FALSE(seen.captures[0].isFlushed);
     EXPECT_EQ("A\nsession\n", findingsOf(seen));
+}
+
+TEST(Builder, KeepsNoMessageOfAnyLength) {
+    Log log;
+    log.atOnce().manager("updateUIInfo", "can't find imageName: B");
+    for (int line = 0; line < 100; ++line) {
+        log.add(kManagerTag, std::string(400, 'x'));
+    }
+    EXPECT_GT(20'000, readLogs({log.text}).session.findings.at(0).text.size());
 }
 
 TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
@@ -371,8 +460,7 @@ TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
     EXPECT_EQ(view::Clock::kReal, seen.session.clock);
     EXPECT_EQ((std::vector<std::string>{
                       "log1: its lines have no year; the log's date gives it",
-                      "log1: its lines have no time zone; their times are the phone's own, shown "
-                      "as UTC",
+                      "log1: its lines have no time zone; what is called UTC is the phone's time",
                       "log2: there are no lines of the library",
                       "log3: some of its times are of another clock than the first, and left out",
                       "log4: some of its lines have no time"}),
@@ -390,12 +478,14 @@ TEST(Reader, TakesABugReportByItsSections) {
             "========================================================\n"
             "------ SYSTEM LOG (logcat -v threadtime -v printable -v uid -d *:v) ------\n" +
             printable.text + "------ 0.1s was the duration of 'SYSTEM LOG' ------\n" +
-            "------ OTHER LOG (logcat -d) ------\n" + plain.text;
-    const Seen seen = readLogs({log}, 0);
-    ASSERT_EQ(2, seen.captures.size());
-    EXPECT_EQ("a\\b\t", seen.captures[0].name);
-    EXPECT_EQ("a\\\\b", seen.captures[1].name);
-    EXPECT_EQ(1767225600 * kSecond, seen.captures[0].registered.value_or(0) / kSecond * kSecond);
+            "------ OTHER LOG (logcat -d) ------\n" + plain.text +
+            "------ LAST LOG (logcat -v printable) ------\n";
+    const Seen seen = readLogs({log, plain.text}, 0);
+    ASSERT_EQ(3, seen.captures.size());
+    EXPECT_EQ("a\\\\b", seen.captures[0].name);
+    EXPECT_EQ("a\\b\t", seen.captures[1].name);
+    EXPECT_EQ("a\\\\b", seen.captures[2].name);
+    EXPECT_EQ(1767225600 * kSecond, seen.captures[1].registered.value_or(0) / kSecond * kSecond);
 }
 
 TEST(Reader, RefusesWhatIsNoLogcat) {
@@ -416,11 +506,13 @@ TEST(Reader, RefusesWhatIsNoLogcat) {
 TEST(Reader, TakesWhatADeskPrints) {
     const std::string origin = "INFOSYNC InfoSynchronizerManager.cpp:110 r()";
     const std::string liblog = "kelo-InfoSynchronizer I 11-21 20:23:58 22092 22096 " + origin +
-                               "register image A, queue size: 1\n";
+                               "register image A, queue size: 1\r\n";
     const std::string debug = "I " + origin + " register image B, queue size: 1\n";
     const Seen seen = readLogs({"features_mgr_handle = 0x0\n" + liblog + debug});
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ("22092", seen.captures[0].process);
+    ASSERT_EQ(4, seen.session.notes.size());
+    EXPECT_EQ("log1: its times are whole seconds", seen.session.notes[2]);
     EXPECT_EQ("", seen.captures[1].process);
 }
 

@@ -109,15 +109,20 @@ class Logcat(unittest.TestCase):
     def test_shown_captures(self):
         """The options on what is shown reach the views."""
         log = self.write("log", GOOD.replace("A", "A\x1b[2J") + line(3, "register image B, queue size: 1"))
+        os.utime(log, (1582000000, 1582000000))  # in February of 2020
         summary, whole, only, quiet = (
             self.run_program(log, *options).stdout.decode()
             for options in (("--summary",), (), ("--image", "B"), ("--quiet",)))
         self.assertNotIn("capture 2", summary)
         self.assertIn("capture 1: A\\x1b[2J, process 1234", whole)
+        self.assertIn("registered at 2019-11-21 10:15:00.001 UTC", whole)
         self.assertIn("capture 2: B, process 1234", only)
         self.assertNotIn("capture 1:", only)
         self.assertEqual("", quiet)
         self.assertNotIn("\x1b", whole)
+        result = self.run_program(log, "--image", "B", "--image", "b\n")
+        self.assertEqual((2, b"infosync-logcat: b\\n: no capture has this name\n"),
+                         (result.returncode, result.stderr))
 
     def test_printable(self):
         log = self.write("log", line(1, "register image a\\x41\\\\, queue size: 1"))

@@ -52,7 +52,8 @@ Lines values(const view::Capture& capture) {
 
 Lines stages(const view::Capture& capture) {
     Lines texts;
-    for (const view::Stage& stage : *capture.stages) {
+    const auto known = capture.stages.value_or(std::vector<view::Stage>());
+    for (const view::Stage& stage : known) {
         texts.push_back(stage.name + ' ' +
                         (stage.isKnown ? std::to_string(stage.ms) : "not known"));
     }
@@ -93,11 +94,12 @@ TEST(Content, IsThatOfTheRecord) {
     EXPECT_EQ((Lines{"tone 0 0 - none listed 0", "a 1 -1 2 - 11", "hdr 5 6 9 none 10",
                      "late - - - mine 0"}),
               nodes(capture));
-    ASSERT_EQ(2U, capture.results->size());
-    EXPECT_EQ("error_none", capture.results->at(0).text);
-    EXPECT_EQ(12U, capture.results->at(0).place.line);
-    EXPECT_EQ("not_return", capture.results->at(1).text);
-    EXPECT_EQ(0U, capture.results->at(1).place.line);
+    const auto results = capture.results.value_or(std::vector<view::VendorResult>());
+    ASSERT_EQ(2U, results.size());
+    EXPECT_EQ("error_none", results[0].text);
+    EXPECT_EQ(12U, results[0].place.line);
+    EXPECT_EQ("not_return", results[1].text);
+    EXPECT_EQ(0U, results[1].place.line);
     EXPECT_EQ(Lines(), values(shown.captures[1]));
     EXPECT_EQ(std::vector<uint32_t>(), shown.captures[1].cameras);
 }
@@ -179,11 +181,12 @@ TEST(Content, HasTwentyThousandCallsAtMost) {
 }
 
 TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {
-    const Shown shown = play({"register C", "register A", "register B", "unregister A",
-                              R"({"call":"request","type":0,"record":{"createTime":{"sec":1},)"
-                              R"("frameInfo":{"imageName":"R"},"snapshotInfo":{"iso":3}}})",
-                              R"({"call":"request","type":2,"record":{"frameInfo":)"
-                              R"({"imageName":"B"}}})"});
+    const auto request = [](const std::string& name) {
+        return R"({"call":"request","type":2,"record":{"frameInfo":{"imageName":")" + name +
+               R"("},"snapshotInfo":{"iso":3}}})";
+    };
+    const Shown shown = play(
+            {"register C", "register A", "register B", "unregister A", request("R"), request("B")});
     Lines order;
     for (const view::Capture& capture : shown.captures) {
         order.push_back(std::to_string(capture.number) + capture.name +

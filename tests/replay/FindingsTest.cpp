@@ -83,18 +83,18 @@ TEST(Findings, TellCallsWithoutEffectAndWhy) {
 
 TEST(Findings, TellWhatComesBeforeTheFrameAndAfterTheRemoval) {
     const std::string early = ": goes by the name that updateFrameInfo tells, and none has told it";
-    EXPECT_EQ((Lines{"2 before_frame_info updateZuAlgoInfo" + early,
-                     "3 before_frame_info updateNodeProcTime" + early,
-                     "4 before_frame_info updateNodeProcState" + early,
-                     "5 before_frame_info updateNodeProcState" + early,
-                     "9 after_removal A: updateAnchorFrame: was unregistered in line 8",
-                     "10 after_removal A: snapshotRequestInfoFlush: was unregistered in line 8",
-                     "11 after_removal A: unregisterSnapshotRequestRecord: was unregistered in "
-                     "line 8"}),
-              play({"register A", "algo A", "node A", "state A", R"(state A "states":{"hdr":"OK"})",
-                    R"(algo A "zuAlgoInfo":{})", "flush A", "unregister A", "anchor A", "flush A",
-                    "unregister A"})
-                      .findings());
+    const std::string removed = "was unregistered in line 8";
+    const Lines findings = {"2 before_frame_info updateZuAlgoInfo" + early,
+                            "3 before_frame_info updateNodeProcTime" + early,
+                            "4 before_frame_info updateNodeProcState" + early,
+                            "5 before_frame_info updateNodeProcState" + early,
+                            "9 after_removal A: updateAnchorFrame: " + removed,
+                            "10 after_removal A: snapshotRequestInfoFlush: " + removed,
+                            "11 after_removal A: unregisterSnapshotRequestRecord: " + removed};
+    EXPECT_EQ(findings, play({"register A", "algo A", "node A", "state A",
+                              R"(state A "states":{"hdr":"OK"})", R"(algo A "zuAlgoInfo":{})",
+                              "flush A", "unregister A", "anchor A", "flush A", "unregister A"})
+                                .findings());
     // The empty name is that of the first frame which is not known.
     EXPECT_EQ((Lines{"1 never_flushed registered and never flushed",
                      "1 never_removed registered and never unregistered",
@@ -245,11 +245,13 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     Lines lines;
     std::map<std::string, size_t> made;
     for (unsigned i = 0; i < 12000; ++i) {
-        const std::string thread = R"("thread":"t)" + std::to_string(i % 4) + '"';
-        const std::string image(1, static_cast<char>('A' + i / 4 % 3));
-        const std::string operation = kCalls[(i / 12 + i % 4) % 5];
-        made[operation] += 1;
-        lines.push_back(operation + ' ' + image + ' ' + thread);
+        std::string line = kCalls[(i / 12 + i % 4) % 5];
+        made[line] += 1;
+        line += ' ';
+        line += static_cast<char>('A' + i / 4 % 3);
+        line += R"( "thread":"t)";
+        line += static_cast<char>('0' + i % 4);
+        lines.push_back(line + '"');
     }
     testing::internal::CaptureStderr();
     const played::Shown shown = play(lines);

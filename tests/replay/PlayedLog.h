@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -39,11 +40,11 @@ struct Shown {
         std::stable_sort(all.begin(), all.end(), [](const auto& left, const auto& right) {
             return std::tie(left.place.line, left.kind) < std::tie(right.place.line, right.kind);
         });
-        std::vector<std::string> texts;
-        for (const view::Finding& finding : all) {
-            texts.push_back(std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) +
-                            ' ' + finding.text);
-        }
+        std::vector<std::string> texts(all.size());
+        std::transform(all.begin(), all.end(), texts.begin(), [](const view::Finding& finding) {
+            return std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) + ' ' +
+                   finding.text;
+        });
         return texts;
     }
 
@@ -145,12 +146,15 @@ inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCal
     Shown shown;
     Keeper keeper(shown);
     if (facts) {
-        replay::ObservedPlayback playback(reader, *facts, options, nullptr, &keeper);
+        // On the heap: where one on the stack was, ThreadSanitizer takes another's mutex for its
+        // own.
+        const auto playback = std::make_unique<replay::ObservedPlayback>(reader, *facts, options,
+                                                                         nullptr, &keeper);
         if (also) {
             showTo(also);
         }
-        playback.play(noProgress);
-        playback.finish();
+        playback->play(noProgress);
+        playback->finish();
     } else {
         ADD_FAILURE() << "the log is wrong";
     }

@@ -119,6 +119,15 @@ class SwitchedOff(FindingsTest):
         self.assertEqual(["log.jsonl:2 A: updateAnchor3aInfo: is not registered; it may have been "
                           "in an earlier log"], self.find(header(cutMore=1), *lines))
 
+    def test_later_files(self):
+        lines = [header(), recorded(1, register("A")), recorded(2, frame("A"))]
+        end = '{"end":true,"calls":2%s}'
+        self.assertEqual([], self.find(*lines, end % ',"next":2', options=["--fail-on=findings"]))
+        self.assertEqual(["log.jsonl:2 A registered and never flushed",
+                          "log.jsonl:2 A registered and never unregistered"],
+                         self.find(*lines, end % ""))
+        self.refuse(self.write(*lines, end % ',"next":-1'), says="log.jsonl:4: next: must be a")
+
 
 class Records(FindingsTest):
     def lines(self, *log, options=()):

@@ -64,6 +64,13 @@ int show(const Settings& settings) {
         inputs[i].reset();
     }
     reader.finish();
+    for (const std::string& image : views.missingImages()) {
+        std::fprintf(stderr, "infosync-logcat: %s: no capture has this name\n",
+                     replay::printable(image).c_str());
+    }
+    if (!views.missingImages().empty()) {
+        return kUnusable;
+    }
     return settings.views.failOnFindings && views.hasFindings() ? kFindings : kShown;
 }
 

@@ -149,6 +149,11 @@ void readEndLine(const json& line, const std::string& /*imageSuffix*/, CaptureSt
     step.kind = CaptureStep::Kind::kEnd;
     expectTrue(line, "end", errors);
     readRequired(line, "calls", step.number, errors);
+    step.goesOn = line.contains("next");
+    if (step.goesOn) {
+        uint64_t part = 0;
+        readRequired(line, "next", part, errors);
+    }
 }
 
 void readBarrierLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,

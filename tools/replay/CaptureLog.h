@@ -62,6 +62,7 @@ struct CaptureStep {
     std::optional<int32_t> tid;  // the thread's id
     uint64_t number = 0;         // of the call; of an answer: the call that asked
     ServiceAnswer answer;
+    bool goesOn = false;     // of the end: in another file
     bool unordered = false;  // did not wait until the calls before had returned
 
     // Of a call:

@@ -1,7 +1,6 @@
 #include "CaptureObserver.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -339,7 +338,7 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
     return *capture;
 }
 
-void CaptureObserver::handOn(TrackedCapture& capture) {
+void CaptureObserver::handOn(TrackedCapture& capture, bool isOver) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
     if (capture.callsLeftOut() != 0) {
@@ -351,7 +350,7 @@ void CaptureObserver::handOn(TrackedCapture& capture) {
         return;
     }
     try {
-        mView.add(capture.complete(), mSession);
+        mView.add(capture.complete(isOver), mSession);
     } catch (const std::runtime_error&) {
         mViewThrew = std::current_exception();
     }
@@ -361,6 +360,7 @@ void CaptureObserver::finish(const Counts& counts) {
     const std::lock_guard<std::mutex> lock(mMutex);
     judgeDeferred();
     std::vector<std::unique_ptr<TrackedCapture>> left;
+    left.reserve(mCaptures.size());
     for (auto& [name, capture] : mCaptures) {
         left.push_back(std::move(capture));
     }
@@ -368,7 +368,7 @@ void CaptureObserver::finish(const Counts& counts) {
     std::sort(left.begin(), left.end(),
               [](const auto& one, const auto& other) { return one->number() < other->number(); });
     for (const auto& capture : left) {
-        handOn(*capture);
+        handOn(*capture, !mSettings.goesOn);
     }
     mSession.calls = counts.calls;
     mSession.flushes = counts.flushes;

@@ -44,6 +44,7 @@ class CaptureObserver {
         bool records = false;            // put each flushed record's line to the call that ends it
         bool isTimed = false;            // all calls of the log have a time
         bool beginningsAreLost = false;  // captures may have begun in an earlier log
+        bool goesOn = false;             // captures may go on in a later log
         bool isForeign = false;          // the service neither shows its calls nor lets it answer
     };
 
@@ -105,7 +106,7 @@ class CaptureObserver {
 
     TrackedCapture* find(const std::string& name);
     TrackedCapture& track(const std::string& name, const RecordPointer& record);
-    void handOn(TrackedCapture& capture);
+    void handOn(TrackedCapture& capture, bool isOver = true);
 
     camInfosync::RequestRecordQueue& mQueue;
     view::View& mView;

@@ -110,6 +110,7 @@ class Check {
             addAnswer(step);
         } else if (step.kind == Kind::kEnd) {
             mEnded = true;
+            mFacts.goesOn = step.goesOn;
         }
         if (mOptions.timing && (isCall || step.kind == Kind::kAnswer) && !step.at) {
             addError(mReader.place() + ": at: is missing, and --timing needs it");

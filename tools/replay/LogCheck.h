@@ -20,6 +20,7 @@ struct LogFacts {
     uint64_t laterAnswers = 0;               // that differ from the one before
     uint64_t calls = 0;                      // in the log, played or not
     uint64_t callsWithTime = 0;
+    bool goesOn = false;             // the recording does, in another file
     std::vector<std::string> notes;  // what standard error was told as well
 };
 

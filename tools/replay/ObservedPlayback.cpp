@@ -86,7 +86,7 @@ ObservedPlayback::ObservedPlayback(StepReader& reader, const LogFacts& facts,
         return;
     }
     const CaptureObserver::Settings settings{options.records, facts.calls == facts.callsWithTime,
-                                             options.header.moreCut != 0,
+                                             options.header.moreCut != 0, facts.goesOn,
                                              hasService() && mSetWatch == nullptr};
     mObserver.emplace(*view, sessionOf(facts, options, answer), settings);
     if (mSetWatch != nullptr) {

@@ -204,7 +204,7 @@ void TrackedCapture::noteRemoval(const CaptureStep& step) {
     addCall(step, true);
 }
 
-view::Capture TrackedCapture::complete() {
+view::Capture TrackedCapture::complete(bool isOver) {
     mCapture.cameras = mRecord->frameInfo.camIds;
     mCapture.algorithms = mRecord->snapshotInfo.zuAlgoInfo.algoList;
     mCapture.stages = stagesOf(*mRecord, mDeskTimes);
@@ -215,17 +215,19 @@ view::Capture TrackedCapture::complete() {
                      [](const view::Call& left, const view::Call& right) {
                          return left.place.line < right.place.line;
                      });
-    findMissingResults();
-    findMissingCompletions();
-    findLateCalls();
-    findMissingSteps();
+    if (isOver) {
+        findMissingResults();
+        findMissingCompletions();
+        findLateCalls();
+        findMissingSteps();
+    }
     mCapture.findings = mFindings.take();
     return std::move(mCapture);
 }
 
 void TrackedCapture::findMissingResults() {
     const auto& expected = mRecord->snapshotInfo.requestInfo.expectedResultIds;
-    for (const view::VendorResult& result : *mCapture.results) {
+    for (const view::VendorResult& result : resultsOf(*mRecord, mResults)) {
         const bool isExpected =
                 std::find(expected.begin(), expected.end(), result.id) != expected.end();
         if (isExpected && result.text == kNotReturned && result.place.line == 0) {

@@ -64,8 +64,9 @@ class TrackedCapture {
     // Calls beyond twenty thousand, which are not kept.
     uint64_t callsLeftOut() const { return mCallsLeftOut; }
 
-    // The whole of it, once nothing more will come. To be called once.
-    view::Capture complete();
+    // The whole of it, once nothing more will come in this log. What is missing is a finding only
+    // if the capture is over, and does not go on in another log. To be called once.
+    view::Capture complete(bool isOver);
 
   private:
     void noteFlushed(const view::Call& call);

@@ -175,12 +175,14 @@ std::string playerPath() {
 void* loadPlayer(bool showsLine) {
     const int output = dup(STDOUT_FILENO);
     const int instead = showsLine ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY);
-    dup2(instead, STDOUT_FILENO);
+    if (instead >= 0) {
+        dup2(instead, STDOUT_FILENO);
+        close(instead);
+    }
     void* player = dlopen(playerPath().c_str(), RTLD_NOW);
     std::cout.flush();
     dup2(output, STDOUT_FILENO);
     close(output);
-    close(instead);
     return player;
 }
 
@@ -225,6 +227,13 @@ int run(int argc, char** argv) {
         return app.exit(error) == 0 ? replay::kPlayed : replay::kUnusable;
     }
     warnOfMisspelling(settings);
+    const ReplayOptions& options = settings.replay;
+    if (!options.json.empty() &&
+        (options.json == options.view.trace || options.json == options.view.html)) {
+        std::fprintf(stderr, "infosync-replay: %s: cannot be both the service's calls and a view\n",
+                     replay::printable(options.json).c_str());
+        return replay::kUnusable;
+    }
     return openAndPlay(settings);
 }
 

@@ -1,8 +1,9 @@
 #include "Capture.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <optional>
+
+#include "Finding.h"
 
 namespace view {
 
@@ -26,9 +27,12 @@ std::optional<double> Capture::duration() const {
 
 const Node* Capture::slowestNode() const {
     const Node* slowest = nullptr;
+    double most = 0;
     for (const Node& node : nodes) {
-        if (node.duration() && (slowest == nullptr || *node.duration() > *slowest->duration())) {
+        const std::optional<double> ms = node.duration();
+        if (ms && (slowest == nullptr || *ms > most)) {
             slowest = &node;
+            most = *ms;
         }
     }
     return slowest;

@@ -27,7 +27,8 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 
 }  // namespace
 
-Views::Views(const ViewOptions& options, std::FILE* terminal) {
+Views::Views(const ViewOptions& options, std::FILE* terminal)
+    : mMissingImages(options.images.begin(), options.images.end()) {
     if (terminal != nullptr && !options.quiet) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
     }
@@ -44,6 +45,7 @@ Views::Views(const ViewOptions& options, std::FILE* terminal) {
 
 void Views::add(const Capture& capture, const Session& session) {
     mHasFindings = mHasFindings || haveTrouble(capture.findings);
+    mMissingImages.erase(capture.name);
     for (const auto& view : mViews) {
         view->add(capture, session);
     }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "View.h"
@@ -25,9 +27,13 @@ class Views : public View {
     // Whether a capture has failed or a call had no effect; known at the end.
     bool hasFindings() const { return mHasFindings; }
 
+    // Of the images that the options name, those that no capture had; known at the end.
+    const std::set<std::string>& missingImages() const { return mMissingImages; }
+
   private:
     std::vector<std::unique_ptr<View>> mViews;
     bool mHasFindings = false;
+    std::set<std::string> mMissingImages;
 };
 
 }  // namespace view
