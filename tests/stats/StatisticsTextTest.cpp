@@ -110,6 +110,15 @@ TEST(StatisticsText, ShowsGroupsUnderEachOther) {
             between(textOf(20, "node", 60), "by", "times"));
 }
 
+TEST(StatisticsText, DoesNotDivideWhatTheColumnCannot) {
+    const std::string all = textOf(20, "", 100);
+    const std::string byNode = textOf(20, "node", 100);
+    EXPECT_EQ(between(all, "times", "slowest"), between(byNode, "times", "slowest"));
+    const std::string byCaptures = textOf(20, "is_flushed", 100);
+    EXPECT_EQ(between(all, "nodes,", "slowest"), between(byCaptures, "nodes,", "slowest"));
+    EXPECT_NE(between(all, "times", "nodes,"), between(byCaptures, "times", "nodes,"));
+}
+
 TEST(StatisticsText, ShowsTheStagesByTheLibrarysNames) {
     for (size_t i = 0; i < kStageNames.size(); ++i) {
         EXPECT_STREQ(camInfosync::TimeStageToChar[i], kStageNames[i]);

@@ -208,16 +208,19 @@ class Stats(unittest.TestCase):
             self.assertNotIn("totals", result.stdout)
             with open(told, encoding="utf-8") as file:
                 self.assertEqual(self.stats(rows, "--json", *by), file.read())
-        quiet = self.run_tool([command, log], "--stats", "--quiet")
+        os.unlink(told)
+        quiet = self.run_tool([command, log], "--stats", "--by", "node", "--quiet", "--stats-json",
+                              told)
         self.assertEqual((0, ""), (quiet.returncode, quiet.stdout), quiet.stderr)
+        with open(told, encoding="utf-8") as file:
+            counted = json.load(file)
         for arguments in (["--by", "node"], ["--stats-json", told], ["--stats", "--summary"],
                           ["--stats", "--failed"], ["--stats", "--by", "cam_mod"],
                           ["--stats", "--stats-json", log]):
             refused = self.run_tool([command, log], *arguments)
             self.assertEqual((2, ""), (refused.returncode, refused.stdout), arguments)
             self.assertRegex(refused.stderr, "--stats|cam_mode|log", arguments)
-        with open(told, encoding="utf-8") as file:
-            return json.load(file)
+        return counted
 
     def test_replay_counts_what_it_plays(self):
         told = self.check_tool(REPLAY, self.log())

@@ -224,11 +224,12 @@ std::string slowestTable(const Statistics& statistics, const view::TerminalStyle
 
 std::string statisticsText(const Statistics& statistics, const view::TerminalStyle& style) {
     const std::vector<Part> parts = partsOf(statistics);
+    const std::vector<Part> all = {{"", &statistics.all()}};
     // Where a group's name is a node's, the table of nodes would have each line twice.
-    const std::vector<Part> all(parts.begin(), parts.begin() + 1);
+    const bool splitsNodes = statistics.groupsNodes() && statistics.by() != "node";
     return overview(statistics.all()) + groupTable(statistics, style) +
-           timeTable(statistics, parts, style) +
-           nodeTable(statistics, statistics.by() == "node" ? all : parts, style) +
+           timeTable(statistics, statistics.groupsCaptures() ? parts : all, style) +
+           nodeTable(statistics, splitsNodes ? parts : all, style) +
            slowestTable(statistics, style);
 }
 
