@@ -1,6 +1,7 @@
-"""Made captures of several phones as rows in ClickHouse and SQLite: FLEET.PY REPLAY CAPTURES RESULTS
-[STATS]. Runs the queries of docs/fleet.md and compares each figure with one from the rows alone."""
+"""Made captures of several phones as rows in ClickHouse and SQLite: FLEET.PY REPLAY STATS CAPTURES
+RESULTS. Runs the queries of docs/fleet.md and compares each figure with one from the rows alone."""
 
+import gzip
 import os
 import re
 import shutil
@@ -86,6 +87,16 @@ def count_lines(path):
         return sum(1 for _ in file)
 
 
+def show_compressed(folder, captures):
+    size = packed = 0
+    for table in TABLES:
+        with open(os.path.join(folder, table + ".ndjson"), "rb") as file:
+            content = file.read()
+        size += len(content)
+        packed += len(gzip.compress(content, 6))
+    print("rows of a capture %.0f bytes, and by gzip %.0f" % (size / captures, packed / captures))
+
+
 def check_memory(program, results):
     """Of the last phone's log, played once and five times."""
     log = os.path.join(results, "log.jsonl")
@@ -140,6 +151,15 @@ def load(server, folders, figures):
                  int(rows) / seconds))
 
 
+def measure_query(server, query, rows):
+    repetitions = 20
+    before = server.seconds()
+    for _ in range(repetitions):
+        server.run(query, ("--max_threads=1",))
+    seconds = (server.seconds() - before) / repetitions
+    print("the p95 of nodes reads %.0f rows per second of one core" % (rows / seconds))
+
+
 def in_clickhouse(folders, figures, results):
     statements = documented("sql")
     with tempfile.TemporaryDirectory(dir=results) as folder:
@@ -152,6 +172,7 @@ def in_clickhouse(folders, figures, results):
                 raise clickhouse.Trouble("documented are the queries " + ", ".join(statements))
             for name, query in statements.items():
                 compare("ClickHouse", name, server.rows(query), expected[name])
+            measure_query(server, statements["p95 by node and build"], figures.nodes)
 
 
 def in_sqlite(folders, figures, results):
@@ -168,18 +189,18 @@ def in_sqlite(folders, figures, results):
         compare("SQLite", name, found, expected_figures(figures)[name])
 
 
-def main(program, captures, results, stats_program=None):
+def main(program, stats_program, captures, results):
     shutil.rmtree(results, ignore_errors=True)
     os.makedirs(results)
     say("rows of %d phones with %d builds each" % (len(PHONES), len(generate.BUILDS)))
     folders = make_rows(program, captures, results)
+    show_compressed(folders[0], captures // len(folders))
     check_memory(program, results)
     figures = Figures(folders)
     if not figures.captures == figures.run_captures == captures:
         raise clickhouse.Trouble("%d captures came of %d" % (figures.captures, captures))
-    if stats_program:
-        say("infosync-stats")
-        stats.compare(stats_program, folders, figures)
+    say("infosync-stats")
+    stats.compare(stats_program, folders, figures)
     say("ClickHouse")
     in_clickhouse(folders, figures, results)
     say("SQLite")
@@ -188,7 +209,7 @@ def main(program, captures, results, stats_program=None):
 
 if __name__ == "__main__":
     try:
-        main(os.path.abspath(sys.argv[1]), int(sys.argv[2]), os.path.abspath(sys.argv[3]),
-             *map(os.path.abspath, sys.argv[4:]))
+        main(os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2]), int(sys.argv[3]),
+             os.path.abspath(sys.argv[4]))
     except clickhouse.Trouble as trouble:
         sys.exit("fleet: %s" % trouble)
