@@ -5,6 +5,7 @@ import gzip
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -208,6 +209,8 @@ def main(program, stats_program, captures, results):
 
 
 if __name__ == "__main__":
+    # So that the server is stopped then too.
+    signal.signal(signal.SIGTERM, lambda *ignored: sys.exit("fleet: stopped"))
     try:
         main(os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2]), int(sys.argv[3]),
              os.path.abspath(sys.argv[4]))
