@@ -52,7 +52,8 @@ Lines values(const view::Capture& capture) {
 
 Lines stages(const view::Capture& capture) {
     Lines texts;
-    for (const view::Stage& stage : *capture.stages) {
+    const auto known = capture.stages.value_or(std::vector<view::Stage>());
+    for (const view::Stage& stage : known) {
         texts.push_back(stage.name + ' ' +
                         (stage.isKnown ? std::to_string(stage.ms) : "not known"));
     }
@@ -93,11 +94,12 @@ TEST(Content, IsThatOfTheRecord) {
     EXPECT_EQ((Lines{"tone 0 0 - none listed 0", "a 1 -1 2 - 11", "hdr 5 6 9 none 10",
                      "late - - - mine 0"}),
               nodes(capture));
-    ASSERT_EQ(2U, capture.results->size());
-    EXPECT_EQ("error_none", capture.results->at(0).text);
-    EXPECT_EQ(12U, capture.results->at(0).place.line);
-    EXPECT_EQ("not_return", capture.results->at(1).text);
-    EXPECT_EQ(0U, capture.results->at(1).place.line);
+    const auto results = capture.results.value_or(std::vector<view::VendorResult>());
+    ASSERT_EQ(2U, results.size());
+    EXPECT_EQ("error_none", results[0].text);
+    EXPECT_EQ(12U, results[0].place.line);
+    EXPECT_EQ("not_return", results[1].text);
+    EXPECT_EQ(0U, results[1].place.line);
     EXPECT_EQ(Lines(), values(shown.captures[1]));
     EXPECT_EQ(std::vector<uint32_t>(), shown.captures[1].cameras);
 }
@@ -105,7 +107,8 @@ TEST(Content, IsThatOfTheRecord) {
 TEST(Content, HasTheReportsAndTheCalls) {
     const Shown shown =
             play({"register A", "frame A", "flush A", R"(flush A "type":1)", "3a A", "flush A",
-                  R"(3a A "thread":"cam")", R"({"barrier":true})", "unregister A"});
+                  R"(3a A "fstop":0,"iso":6,"lux":0,"exposureTime":0,"thread":"cam")",
+                  R"({"barrier":true})", "unregister A"});
     const view::Capture& capture = shown.captures.at(0);
     ASSERT_EQ(2U, capture.reports.size());
     EXPECT_EQ(3U, capture.reports[0].place.line);
@@ -119,7 +122,8 @@ TEST(Content, HasTheReportsAndTheCalls) {
     EXPECT_EQ((Lines{"registerSnapshotRequestRecord  0 - 1", "updateFrameInfo  0 - 2",
                      "snapshotRequestInfoFlush  0 - 3", "snapshotRequestInfoFlush  0 - 4 useless",
                      "updateAnchor3aInfo  0 - 5", "snapshotRequestInfoFlush  0 - 6",
-                     "updateAnchor3aInfo cam 0 - 7", "unregisterSnapshotRequestRecord  0 - 9"}),
+                     "updateAnchor3aInfo cam 0 - 7 useless",
+                     "unregisterSnapshotRequestRecord  0 - 9"}),
               calls(capture));
     EXPECT_EQ(view::Clock::kNone, shown.session.clock);
     EXPECT_EQ(8U, shown.session.calls);
@@ -168,12 +172,21 @@ TEST(Content, HasNoTimesThatTheLogDoesNotTell) {
               stages(play({R"(register A "at":9)", "stage A"}).captures.at(0)));
 }
 
+TEST(Content, HasTwentyThousandCallsAtMost) {
+    Lines lines(20'002, "anchor A");
+    lines.insert(lines.begin(), "register A");
+    const Shown shown = play(lines);
+    EXPECT_EQ(20'000U, shown.captures.at(0).calls.size());
+    EXPECT_EQ(Lines{"A: 3 more calls are not shown"}, shown.session.notes);
+}
+
 TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {
-    const Shown shown = play({"register C", "register A", "register B", "unregister A",
-                              R"({"call":"request","type":0,"record":{"createTime":{"sec":1},)"
-                              R"("frameInfo":{"imageName":"R"},"snapshotInfo":{"iso":3}}})",
-                              R"({"call":"request","type":2,"record":{"frameInfo":)"
-                              R"({"imageName":"B"}}})"});
+    const auto request = [](const std::string& name) {
+        return R"({"call":"request","type":2,"record":{"frameInfo":{"imageName":")" + name +
+               R"("},"snapshotInfo":{"iso":3}}})";
+    };
+    const Shown shown = play(
+            {"register C", "register A", "register B", "unregister A", request("R"), request("B")});
     Lines order;
     for (const view::Capture& capture : shown.captures) {
         order.push_back(std::to_string(capture.number) + capture.name +

@@ -39,11 +39,11 @@ struct Shown {
         std::stable_sort(all.begin(), all.end(), [](const auto& left, const auto& right) {
             return std::tie(left.place.line, left.kind) < std::tie(right.place.line, right.kind);
         });
-        std::vector<std::string> texts;
-        for (const view::Finding& finding : all) {
-            texts.push_back(std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) +
-                            ' ' + finding.text);
-        }
+        std::vector<std::string> texts(all.size());
+        std::transform(all.begin(), all.end(), texts.begin(), [](const view::Finding& finding) {
+            return std::to_string(finding.place.line) + ' ' + view::nameOf(finding.kind) + ' ' +
+                   finding.text;
+        });
         return texts;
     }
 
@@ -128,11 +128,8 @@ inline void showTo(const WatchCall& also) {
     });
 }
 
-// Plays a log in a library that holds nothing.
+// Plays a log, and leaves a library that holds nothing.
 inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCall& also = {}) {
-    auto& queue = *camInfosync::InfoSynchronizerManager::getInstance().mRequestRecordQueue;
-    queue.records.clear();
-    queue.errorImageNames.clear();
     options.path = testing::TempDir() + "played.jsonl";
     std::ofstream file(options.path);
     for (const std::string& line : lines) {
@@ -157,6 +154,9 @@ inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCal
     } else {
         ADD_FAILURE() << "the log is wrong";
     }
+    auto& queue = *camInfosync::InfoSynchronizerManager::getInstance().mRequestRecordQueue;
+    queue.records.clear();
+    queue.errorImageNames.clear();
     return shown;
 }
 

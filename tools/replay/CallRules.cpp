@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "CallKind.h"
@@ -25,19 +24,15 @@ namespace {
 
 using view::FindingKind;
 
-// Whether a code is not one of the first `count`.
-bool isOut(const CaptureStep& step, size_t count) {
-    const int64_t code = step.arguments.code.value_or(0);
-    return code < 0 || static_cast<uint64_t>(code) >= count;
-}
-
+// The code must be one of the first `count`.
 std::optional<view::Finding> checkCode(const CaptureStep& step, FindingKind kind, const char* what,
                                        size_t count) {
-    if (!isOut(step, count)) {
+    const int64_t code = step.arguments.code.value_or(0);
+    if (code >= 0 && static_cast<uint64_t>(code) < count) {
         return std::nullopt;
     }
     return callFinding(step, kind,
-                       std::string(what) + ' ' + std::to_string(*step.arguments.code) +
+                       std::string(what) + ' ' + std::to_string(code) +
                                " is none; they go from 0 to " + std::to_string(count - 1));
 }
 

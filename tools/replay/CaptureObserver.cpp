@@ -1,7 +1,6 @@
 #include "CaptureObserver.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -18,6 +17,7 @@
 #include "CaptureLog.h"
 #include "CollectionState.h"
 #include "Finding.h"
+#include "FindingList.h"
 #include "InfoSynchronizerManager.h"
 #include "LogCheck.h"
 #include "Observation.h"
@@ -74,15 +74,18 @@ void CaptureObserver::begin(Observation& observed) {
     }
 }
 
-// From here to the call's end, a registration or unregistration asks nobody.
+// From here to the call's end, a registration or unregistration asks nobody, and takes the queue's
+// mutex if collection is on.
 void CaptureObserver::answered(const std::string& key, const std::string* answer) {
     Observation* observed = Observation::current();
     if (observed == nullptr || key != kCollectionKey) {
         return;
     }
-    observed->call.serviceThrew = answer == nullptr;
-    observed->call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
-    if (asksOnly(observed->call.kind) && !observed->lock.owns_lock()) {
+    ObservedCall& call = observed->call;
+    call.serviceThrew = answer == nullptr;
+    call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
+    const bool isOn = !switchThatIsOff(call.answer, call.serviceThrew);
+    if (asksOnly(call.kind) && isOn && !observed->lock.owns_lock()) {
         observed->lock.lock();
     }
 }
@@ -338,6 +341,11 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
 void CaptureObserver::handOn(TrackedCapture& capture) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
+    if (capture.callsLeftOut() != 0) {
+        mSession.notes.push_back(shortened(capture.name()) + ": " +
+                                 std::to_string(capture.callsLeftOut()) +
+                                 " more calls are not shown");
+    }
     if (mViewThrew != nullptr) {
         return;
     }
@@ -352,6 +360,7 @@ void CaptureObserver::finish(const Counts& counts) {
     const std::lock_guard<std::mutex> lock(mMutex);
     judgeDeferred();
     std::vector<std::unique_ptr<TrackedCapture>> left;
+    left.reserve(mCaptures.size());
     for (auto& [name, capture] : mCaptures) {
         left.push_back(std::move(capture));
     }

@@ -1,10 +1,10 @@
 // What the observer sees of reports, on the threads that make them.
 
-#include <mutex>
 #include <string>
 #include <utility>
 
 #include "CallKind.h"
+#include "Capture.h"
 #include "CaptureContent.h"
 #include "CaptureObserver.h"
 #include "Line.h"

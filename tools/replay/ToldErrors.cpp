@@ -59,12 +59,13 @@ class ErrorFindings {
 void addCounted(const CaptureStep& step, CallKind kind, const RequestRecord& record,
                 ErrorFindings& errors) {
     const std::vector<std::string>& names = step.arguments.names;
+    const auto code = static_cast<size_t>(step.arguments.code.value_or(0));  // it is in range
     switch (kind) {
         case CallKind::kResult:
-            errors.addResult(names.at(0), camInfosync::ResultErrorCodeToChar[*step.arguments.code]);
+            errors.addResult(names.at(0), camInfosync::ResultErrorCodeToChar[code]);
             break;
         case CallKind::kNodeState:
-            errors.addState(names.at(0), camInfosync::NodeProcInfoToChar[*step.arguments.code]);
+            errors.addState(names.at(0), camInfosync::NodeProcInfoToChar[code]);
             break;
         case CallKind::kNodeTimes:
             errors.addTimeOut(names.at(0));

@@ -175,12 +175,14 @@ std::string playerPath() {
 void* loadPlayer(bool showsLine) {
     const int output = dup(STDOUT_FILENO);
     const int instead = showsLine ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY);
-    dup2(instead, STDOUT_FILENO);
+    if (instead >= 0) {
+        dup2(instead, STDOUT_FILENO);
+        close(instead);
+    }
     void* player = dlopen(playerPath().c_str(), RTLD_NOW);
     std::cout.flush();
     dup2(output, STDOUT_FILENO);
     close(output);
-    close(instead);
     return player;
 }
 

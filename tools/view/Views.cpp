@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include "Capture.h"
@@ -34,6 +35,9 @@ Views::Views(const ViewOptions& options, std::FILE* terminal) {
         mViews.push_back(std::make_unique<stats::StatsView>(options, terminal));
     } else if (terminal != nullptr) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
+    }
+    if (!options.trace.empty() && options.trace == options.html) {
+        throw std::runtime_error(options.trace + ": cannot be both the trace and the page");
     }
     if (!options.trace.empty()) {
         mViews.push_back(std::make_unique<Trace>(options.trace));
