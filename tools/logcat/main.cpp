@@ -12,6 +12,7 @@
 
 #include "Input.h"
 #include "LogcatReader.h"
+#include "NewFile.h"
 #include "Printable.h"
 #include "ViewOptions.h"
 #include "Views.h"
@@ -42,6 +43,7 @@ void addOptions(CLI::App& app, Settings& settings) {
             ->type_name("NAME")
             ->allow_extra_args(false);
     view::addViewOptions(app, settings.views);
+    app.get_option("--stats")->excludes(app.get_option("--image"));
     app.add_flag("--printable", settings.isPrintable,
                  "The logs were written by logcat -v printable; bug reports say so themselves");
     app.add_flag("--quiet", settings.views.quiet, "Nothing on the terminal");
@@ -85,6 +87,9 @@ int run(int argc, char** argv) {
     }
     try {
         return show(settings);
+    } catch (const view::WriteFailure& error) {
+        std::fprintf(stderr, "infosync-logcat: %s\n", replay::printable(error.what()).c_str());
+        return kFailed;
     } catch (const std::exception& error) {
         const std::string text = replay::printable(error.what());
         std::fprintf(stderr, "infosync-logcat: %s\n", text.c_str());

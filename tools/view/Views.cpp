@@ -10,6 +10,8 @@
 #include "Finding.h"
 #include "Page.h"
 #include "PageParts.h"
+#include "Rows.h"
+#include "StatsView.h"
 #include "TerminalStyle.h"
 #include "TerminalView.h"
 #include "Trace.h"
@@ -29,7 +31,10 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 
 Views::Views(const ViewOptions& options, std::FILE* terminal)
     : mMissingImages(options.images.begin(), options.images.end()) {
-    if (terminal != nullptr && !options.quiet) {
+    terminal = options.quiet ? nullptr : terminal;
+    if (options.stats) {
+        mViews.push_back(std::make_unique<stats::StatsView>(options, terminal));
+    } else if (terminal != nullptr) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
     }
     if (!options.trace.empty() && options.trace == options.html) {
@@ -40,6 +45,9 @@ Views::Views(const ViewOptions& options, std::FILE* terminal)
     }
     if (!options.html.empty()) {
         mViews.push_back(std::make_unique<Page>(options.html, builtInPage()));
+    }
+    if (!options.rows.folder.empty()) {
+        mViews.push_back(std::make_unique<Rows>(options.rows));
     }
 }
 
