@@ -12,6 +12,7 @@
 
 #include "Input.h"
 #include "LogcatReader.h"
+#include "NewFile.h"
 #include "Printable.h"
 #include "ViewOptions.h"
 #include "Views.h"
@@ -78,6 +79,9 @@ int run(int argc, char** argv) {
     }
     try {
         return show(settings);
+    } catch (const view::WriteFailure& error) {
+        std::fprintf(stderr, "infosync-logcat: %s\n", replay::printable(error.what()).c_str());
+        return kFailed;
     } catch (const std::exception& error) {
         const std::string text = replay::printable(error.what());
         std::fprintf(stderr, "infosync-logcat: %s\n", text.c_str());

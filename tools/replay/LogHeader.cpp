@@ -59,7 +59,7 @@ void checkProperties(const LogHeader& header, const Path& path, Errors& errors) 
     }
 }
 
-void readStart(const json& line, const char* field, std::optional<int64_t>& out, Errors& errors) {
+void readIfThere(const json& line, const char* field, std::optional<int64_t>& out, Errors& errors) {
     if (line.contains(field)) {
         readValue(line[field], out.emplace(), Path{nullptr, field}, errors);
     }
@@ -88,9 +88,13 @@ void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
             .read("service", header.service)
             .read("answers", header.answers)
             .read("cut", header.cut)
-            .read("cutMore", header.moreCut);
-    readStart(line, "startMonotonic", header.startMonotonic, errors);
-    readStart(line, "startReal", header.startReal, errors);
+            .read("cutMore", header.moreCut)
+            .read("process", header.process)
+            .read("device", header.device)
+            .read("build", header.build);
+    readIfThere(line, "pid", header.pid, errors);
+    readIfThere(line, "startMonotonic", header.startMonotonic, errors);
+    readIfThere(line, "startReal", header.startReal, errors);
     checkProperties(header, Path{nullptr, "properties"}, errors);
 }
 

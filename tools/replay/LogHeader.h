@@ -19,7 +19,11 @@ struct LogHeader {
     bool service = true;                         // whether there was one
     std::map<std::string, std::string> answers;  // the service's last ones when the file began
     std::vector<std::string> cut;                // images whose first calls are in a lost file
-    uint64_t moreCut = 0;                        // further ones, which are not named
+    std::optional<int64_t> pid;
+    std::string process;  // empty: not known, as the next two
+    std::string device;
+    std::string build;
+    uint64_t moreCut = 0;  // further ones, which are not named
     // The same moment on CLOCK_MONOTONIC and CLOCK_REALTIME, in nanoseconds.
     std::optional<int64_t> startMonotonic;
     std::optional<int64_t> startReal;

@@ -13,6 +13,7 @@
 
 #include "ExitStatus.h"
 #include "LogCheck.h"
+#include "NewFile.h"
 #include "ObservedPlayback.h"
 #include "OutputFile.h"
 #include "Printable.h"
@@ -29,7 +30,7 @@ namespace {
 bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
     const view::ViewOptions& view = options.view;
     return options.records || view.failOnFindings || !view.trace.empty() || !view.html.empty() ||
-           (terminal != nullptr && !view.quiet);
+           !view.rows.folder.empty() || (terminal != nullptr && !view.quiet);
 }
 
 ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
@@ -50,6 +51,9 @@ ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptio
         }
         const bool fails = options.view.failOnFindings && views.hasFindings();
         return fails ? kFindings : kPlayed;
+    } catch (const view::WriteFailure& error) {
+        std::cerr << "infosync-replay: " << printable(error.what()) << '\n';
+        return kFailed;
     } catch (const std::exception& error) {
         std::cerr << "infosync-replay: " << printable(error.what()) << '\n';
         return statusOfException;

@@ -195,6 +195,16 @@ int play(const ReplayOptions& options, bool showsLine) {
     return entry(&options);
 }
 
+// Fills what the options leave open with what the header says.
+void completeRows(const replay::LogHeader& header, view::RowOptions& rows) {
+    if (rows.runId.empty() && header.startReal && header.pid) {
+        rows.runId = std::to_string(*header.startReal) + '-' + std::to_string(*header.pid);
+    }
+    rows.device = rows.device.empty() ? header.device : rows.device;
+    rows.build = rows.build.empty() ? header.build : rows.build;
+    rows.process = header.process;
+}
+
 // Opens the log and reads what it says of its own playing, then plays it.
 int openAndPlay(Settings& settings) {
     ReplayOptions& options = settings.replay;
@@ -204,6 +214,7 @@ int openAndPlay(Settings& settings) {
         if (!replay::readHeader(log, options.header)) {
             return replay::kUnusable;
         }
+        completeRows(options.header, options.view.rows);
         setEnvironment(settings);
         return play(options, settings.logLevel == "debug");
     } catch (const std::exception& error) {

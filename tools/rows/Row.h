@@ -123,7 +123,6 @@ struct RunRow {
     Text device;
     Text build;
     Text clock;  // "none", "monotonic" or "real"
-    std::optional<Nanoseconds> started;
     Whole captures;
     Whole nodes;
     Whole calls;

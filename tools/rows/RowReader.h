@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "LogFile.h"
 #include "Row.h"
 
 namespace rows {
+
+class FieldTable;
 
 // Reads a file of rows, one after the other; its memory does not grow with the file. Columns that
 // are not known are ignored.
@@ -20,6 +23,9 @@ class RowReader {
   public:
     // Opens the file; "-" is standard input.
     explicit RowReader(const std::string& path);
+    ~RowReader();
+    RowReader(const RowReader&) = delete;
+    RowReader& operator=(const RowReader&) = delete;
 
     // Sets `row` to the next one. Returns false at the end, and leaves `row` as it is.
     bool next(Row& row);
@@ -31,6 +37,8 @@ class RowReader {
   private:
     replay::LogFile mFile;
     std::string mText;
+    Row mRow;
+    std::unique_ptr<FieldTable> mFields;  // of mRow
 };
 
 using CaptureReader = RowReader<CaptureRow>;

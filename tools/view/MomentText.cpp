@@ -18,17 +18,6 @@ namespace {
 constexpr int64_t kNsPerSecond = 1'000'000'000;
 constexpr int64_t kNsPerMs = 1'000'000;
 
-// A sum that cannot be said is no time.
-Time realTime(int64_t at, const Session& session) {
-    int64_t sum = 0;
-    if (session.clock == Clock::kReal) {
-        return at;
-    }
-    const bool known = session.clock == Clock::kMonotonic && session.toReal &&
-                       !__builtin_add_overflow(at, *session.toReal, &sum);
-    return known ? Time(sum) : std::nullopt;
-}
-
 struct Parts {
     int64_t seconds;
     int ms;
@@ -52,6 +41,17 @@ std::string calendarText(int64_t at) {
 }
 
 }  // namespace
+
+// A sum that cannot be said is no time.
+Time realTime(Time at, const Session& session) {
+    int64_t sum = 0;
+    if (!at || session.clock == Clock::kReal) {
+        return at;
+    }
+    const bool known = session.clock == Clock::kMonotonic && session.toReal &&
+                       !__builtin_add_overflow(*at, *session.toReal, &sum);
+    return known ? Time(sum) : std::nullopt;
+}
 
 std::string momentText(Time at, const Session& session) {
     if (!at || session.clock == Clock::kNone) {

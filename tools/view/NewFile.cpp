@@ -45,7 +45,7 @@ NewFile::NewFile(const std::string& path) : mPath(path), mTarget(withoutLinks(pa
         createTemporary();
     }
     if (mFile == nullptr) {
-        fail("cannot be opened for writing");
+        throw std::runtime_error(failure("cannot be opened for writing"));
     }
 }
 
@@ -75,19 +75,23 @@ void NewFile::createTemporary() {
 
 void NewFile::write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), mFile.get()) != text.size()) {
-        fail("cannot be written");
+        throw WriteFailure(failure("cannot be written"));
+    }
+}
+
+void NewFile::close() {
+    if (mFile != nullptr && std::fclose(mFile.release()) != 0) {
+        throw WriteFailure(failure("cannot be written"));
     }
 }
 
 void NewFile::finish() {
-    if (std::fclose(mFile.release()) != 0) {
-        fail("cannot be written");
-    }
+    close();
     if (mTemporary.empty()) {
         return;
     }
     if (std::rename(mTemporary.c_str(), mTarget.c_str()) != 0) {
-        fail("cannot be put in place");
+        throw WriteFailure(failure("cannot be put in place"));
     }
     mTemporary.clear();
 }
@@ -101,8 +105,8 @@ void NewFile::refuse(const std::vector<std::string>& sources) const {
     }
 }
 
-void NewFile::fail(const char* what) const {
-    throw std::runtime_error(mPath + ": " + what + ": " + std::strerror(errno));
+std::string NewFile::failure(const char* what) const {
+    return mPath + ": " + what + ": " + std::strerror(errno);
 }
 
 }  // namespace view

@@ -4,9 +4,29 @@
 
 #include <CLI/App.hpp>
 #include <CLI/CLI.hpp>  // IWYU pragma: keep, the definitions that App.hpp leaves out
+#include <CLI/Option.hpp>
 #include <CLI/Validators.hpp>
 
 namespace view {
+
+namespace {
+
+void addRowOptions(CLI::App& app, RowOptions& options) {
+    CLI::Option* rows = app.add_option("--rows", options.folder,
+                                       "Write the captures as rows for engines into the folder DIR")
+                                ->type_name("DIR");
+    app.add_option("--run-id", options.runId, "What tells these rows from those of other runs")
+            ->needs(rows)
+            ->type_name("TEXT");
+    app.add_option("--device", options.device, "The phone, for the rows")
+            ->needs(rows)
+            ->type_name("TEXT");
+    app.add_option("--build", options.build, "What runs on the phone, for the rows")
+            ->needs(rows)
+            ->type_name("TEXT");
+}
+
+}  // namespace
 
 void addViewOptions(CLI::App& app, ViewOptions& options) {
     app.add_flag("--summary", options.summary, "Show a line for each capture");
@@ -17,6 +37,7 @@ void addViewOptions(CLI::App& app, ViewOptions& options) {
     app.add_option("--trace", options.trace, "Write a trace for trace viewers to FILE")
             ->type_name("FILE");
     app.add_option("--html", options.html, "Write a page to look at to FILE")->type_name("FILE");
+    addRowOptions(app, options.rows);
     app.add_option_function<std::string>(
                "--fail-on",
                [&options](const std::string& what) { options.failOnFindings = what == "findings"; },

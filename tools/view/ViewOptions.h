@@ -11,6 +11,15 @@ class App;
 
 namespace view {
 
+// What is written as rows, and what each row says of where it comes from; empty: not known.
+struct RowOptions {
+    std::string folder;  // empty: no rows
+    std::string runId;   // empty: the source's name
+    std::string device;
+    std::string build;
+    std::string process;  // of captures that do not know theirs
+};
+
 struct ViewOptions {
     bool summary = false;  // a line for each capture, however few there are
     bool failed = false;   // the full report on those that have failed
@@ -20,11 +29,12 @@ struct ViewOptions {
     bool notesAreTold = false;        // standard error has the session's notes already
     std::string trace;                // files to write; empty: none
     std::string html;
+    RowOptions rows;
     bool failOnFindings = false;  // exit status 3 if a capture has failed or a call had no effect
 };
 
-// Adds --summary, --failed, --sort, --trace, --html and --fail-on; what else there is belongs to
-// the tool.
+// Adds --summary, --failed, --sort, --trace, --html, --fail-on, and --rows with what belongs to it;
+// what else there is belongs to the tool.
 void addViewOptions(CLI::App& app, ViewOptions& options);
 
 }  // namespace view

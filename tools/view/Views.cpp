@@ -9,6 +9,7 @@
 #include "Finding.h"
 #include "Page.h"
 #include "PageParts.h"
+#include "Rows.h"
 #include "TerminalStyle.h"
 #include "TerminalView.h"
 #include "Trace.h"
@@ -35,6 +36,9 @@ Views::Views(const ViewOptions& options, std::FILE* terminal) {
     }
     if (!options.html.empty()) {
         mViews.push_back(std::make_unique<Page>(options.html, builtInPage()));
+    }
+    if (!options.rows.folder.empty()) {
+        mViews.push_back(std::make_unique<Rows>(options.rows));
     }
 }
 
