@@ -82,7 +82,10 @@ std::string stateOf(const std::string& text) {
 class Comparison {
   public:
     Comparison(const Captured& a, const Captured& b, const Tolerance& tolerance)
-        : mA(a.row), mB(b.row), mTolerance(tolerance), mBothKnow(knowsRecord(mA) && knowsRecord(mB)) {
+        : mA(a.row),
+          mB(b.row),
+          mTolerance(tolerance),
+          mBothKnow(knowsRecord(mA) && knowsRecord(mB)) {
         compareErrors();
         compareResults();
         compareNodes(a.nodes, b.nodes);
@@ -109,8 +112,8 @@ class Comparison {
     void compareDuration(const std::string& item, const std::string& node, const rows::Duration& a,
                          const rows::Duration& b) {
         if (a && b && !mTolerance.allows(*a, *b)) {
-            mFound.push_back({Kind::kDuration, item, node, std::to_string(*a), std::to_string(*b),
-                              *b - *a});
+            mFound.push_back(
+                    {Kind::kDuration, item, node, std::to_string(*a), std::to_string(*b), *b - *a});
         }
     }
 
@@ -270,8 +273,12 @@ std::vector<Difference> compareSessions(const Session& a, const Session& b) {
                   }
               });
     if (a.findings && b.findings && *a.findings != *b.findings) {
-        found.push_back({Kind::kError, "findings that belong to no capture", {},
-                         std::to_string(*a.findings), std::to_string(*b.findings), std::nullopt});
+        found.push_back({Kind::kError,
+                         "findings that belong to no capture",
+                         {},
+                         std::to_string(*a.findings),
+                         std::to_string(*b.findings),
+                         std::nullopt});
     }
     return found;
 }

@@ -60,8 +60,7 @@ void JsonReport::add(const Difference& difference, const Where& where) {
     if (difference.change) {
         object.addNumber("change_us", *difference.change);
     }
-    mEntries.push_back(
-            {difference.kind, std::abs(difference.change.value_or(0)), object.line()});
+    mEntries.push_back({difference.kind, std::abs(difference.change.value_or(0)), object.line()});
 }
 
 void JsonReport::write(std::FILE* file, const Counts& counts) {

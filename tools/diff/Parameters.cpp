@@ -37,8 +37,8 @@ std::vector<Parameter> parametersOf(const rows::CaptureRow& row) {
     std::vector<Parameter> parameters;
     parameters.reserve(20);
     const auto add = [&](const char* name, const auto& value) {
-        parameters.emplace_back(
-                name, value ? std::optional<std::string>(textOf(*value)) : std::nullopt);
+        parameters.emplace_back(name,
+                                value ? std::optional<std::string>(textOf(*value)) : std::nullopt);
     };
     add("frame_number", row.frameNumber);
     add("timestamp", row.timestamp);

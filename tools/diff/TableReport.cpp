@@ -15,9 +15,9 @@
 namespace diff {
 namespace {
 
-constexpr size_t kMostLines = 3;         // of a group
-constexpr size_t kLongestText = 200;     // of a cell
-constexpr size_t kMostWays = 100;        // of a group that are counted apart
+constexpr size_t kMostLines = 3;      // of a group
+constexpr size_t kLongestText = 200;  // of a cell
+constexpr size_t kMostWays = 100;     // of a group that are counted apart
 
 std::string durationText(int64_t us) {
     return view::milliseconds(static_cast<double>(us) / 1e3) + " ms";
@@ -58,10 +58,18 @@ std::string absentText(Kind kind) {
     return kind == Kind::kParameter || kind == Kind::kStage ? "not told" : "missing";
 }
 
+// How often an error was told.
+std::string timesText(const std::string& count) {
+    return count == "0" ? "no" : count == "1" ? "yes" : count + " times";
+}
+
 std::string sideText(const Difference& difference, const std::optional<std::string>& side,
                      const view::TerminalStyle& style) {
     if (!side) {
         return absentText(difference.kind);
+    }
+    if (difference.kind == Kind::kError) {
+        return timesText(*side);
     }
     return difference.change ? durationText(std::atoll(side->c_str())) : shown(*side, style);
 }
@@ -166,7 +174,7 @@ void TableReport::write(std::FILE* file, const Counts& counts) {
 
 std::string summaryOf(const Counts& counts) {
     std::string text = view::counted(counts.pairs, "capture") + " compared, ";
-    text += counts.differing == 0 ? "none differs"
+    text += counts.differing == 0   ? "none differs"
             : counts.differing == 1 ? "1 differs"
                                     : std::to_string(counts.differing) + " differ";
     if (counts.onlyInA != 0) {
