@@ -123,8 +123,8 @@ TEST(Compare, TellsWhatDiffersInEachColumn) {
             {[](auto& row) { row.isRemoved = false; }, {"course removed yes no"}},
             {[](auto& row) { row.reports = 2; }, {"course reports 1 2"}},
             {[](auto& row) { row.callsWithoutEffect = 1; }, {"course calls_without_effect 0 1"}},
-            {[](auto& row) { row.stagesTold = "0,14"; }, {"stage 14 - told", "stage 3 told -"}},
-            {[](auto& row) { row.stages[3] = 56'000; }, {"duration stage 3 50000 56000 6000"}},
+            {[](auto& row) { row.stagesTold = "0,14"; }, {"stage 14 - told", "stage 03 told -"}},
+            {[](auto& row) { row.stages[3] = 56'000; }, {"duration stage 03 50000 56000 6000"}},
             {[](auto& row) { row.toFlush = 80'000; }, {"duration to_flush 100000 80000 -20000"}},
             {[](auto& row) { row.shotToShot = 240'000; },
              {"duration shot_to_shot 200000 240000 40000"}},
@@ -192,7 +192,7 @@ TEST(Compare, TellsOfSwitchesThatBothSidesKnow) {
 }
 
 TEST(Compare, TellsOfFindingsThatBelongToNoCapture) {
-    EXPECT_EQ(Found{"error findings that belong to no capture 0 2"},
+    EXPECT_EQ(Found{"error findings of no capture 0 2"},
               texts(compareSessions({{}, 0, {}}, {{}, 2, {}})));
     EXPECT_EQ(Found(), texts(compareSessions({{}, {}, {}}, {{}, 2, {}})));
 }

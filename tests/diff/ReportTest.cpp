@@ -23,16 +23,16 @@ Difference duration(const char* node, int64_t a, int64_t b) {
 }
 
 void addAll(Report& report) {
-    report.add(parameter("iso", "100", "200"), {"X", 1, 2});
-    report.add(parameter("iso", "100", "400"), {"Y", 2, 3});
-    report.add(parameter("iso", "100", "400"), {"Z", 3, 4});
-    report.add({Kind::kParameter, "fstop", {}, "1.8", {}, {}}, {"X\033", 1, 2});
-    report.add(duration("merge", 20'000, 30'000), {"X", 1, 2});
-    report.add(duration("merge", 20'000, 5'500), {"Y", 2, 3});
-    report.add(duration("beauty", 1'000, 31'000), {"Z", 3, 4});
-    report.add({Kind::kCapture, "capture", {}, {}, "is there", {}}, {"W", 0, 9});
-    report.add({Kind::kError, "late", {}, "0", "1", {}}, {"X", 1, 2});
-    report.add({Kind::kError, "late", {}, "2", "0", {}}, {"Y", 2, 3});
+    report.add(parameter("iso", "100", "200"), {"X", "X", 1, 2});
+    report.add(parameter("iso", "100", "400"), {"Y", "Y", 2, 3});
+    report.add(parameter("iso", "100", "400"), {"Z", "Z", 3, 4});
+    report.add({Kind::kParameter, "fstop", {}, "1.8", {}, {}}, {"X\033", "X\033", 1, 2});
+    report.add(duration("merge", 20'000, 30'000), {"X", "X", 1, 2});
+    report.add(duration("merge", 20'000, 5'500), {"Y", "Y", 2, 3});
+    report.add(duration("beauty", 1'000, 31'000), {"Z", "Z", 3, 4});
+    report.add({Kind::kCapture, "capture", {}, {}, "is there", {}}, {"W", "W", 0, 9});
+    report.add({Kind::kError, "late", {}, "0", "1", {}}, {"X", "X", 1, 2});
+    report.add({Kind::kError, "late", {}, "2", "0", {}}, {"Y", "Y", 2, 3});
     report.add({Kind::kSwitch, "service", {}, "present", "none", {}}, {});
 }
 
@@ -61,14 +61,14 @@ TEST(TableReport, HasALineForEachWayInWhichCapturesDiffer) {
             "  switch service       present  none\n"
             "  capture              missing  is there            W\n"
             "  late                 no       yes                 X\n"
-              "  late                 2 times  no                  Y\n"
-              "  iso                  100      400                 Y and 1 other\n"
+            "  late                 2 times  no                  Y\n"
+            "  iso                  100      400                 Y and 1 other\n"
             "  iso                  100      200                 X\n"
             "  fstop                1.8      not told            X\\x1b\n"
             "  time of node beauty  1 ms     31 ms       +30 ms  Z\n"
             "  time of node merge   20 ms    5.5 ms    -14.5 ms  Y and 1 other\n"
             "\n"
-            "3 captures compared, 3 differ, 1 only in B, 1 difference of the sessions\n",
+            "3 captures compared, 3 of them differ, 1 only in B, 1 difference of the sessions\n",
             written(report, kCounts));
 }
 
@@ -76,7 +76,7 @@ TEST(TableReport, HasFewLinesForManyWays) {
     TableReport report("A", "B", kWide);
     for (int i = 0; i < 250; ++i) {
         const std::string value = std::to_string(i % 240);
-        report.add(parameter("iso", "x", value.c_str()), {"C" + std::to_string(i), i, i});
+        report.add(parameter("iso", "x", value.c_str()), {"C" + std::to_string(i), {}, i, i});
     }
     const std::string text = written(report, {250, 250, 0, 0, 0});
     EXPECT_NE(std::string::npos, text.find("  iso         x      0       C0 and 1 other\n"
@@ -92,8 +92,9 @@ TEST(TableReport, SaysInOneLineThatNothingDiffers) {
 }
 
 TEST(Report, SummaryCountsEachSide) {
-    EXPECT_EQ("2 captures compared, 1 differs, 3 only in A, 4 only in B",
+    EXPECT_EQ("2 captures compared, 1 of them differs, 3 only in A, 4 only in B",
               summaryOf({2, 1, 3, 4, 0}));
+    EXPECT_EQ("0 captures compared, 3 only in A", summaryOf({0, 0, 3, 0, 0}));
 }
 
 TEST(JsonReport, HasALineForEachDifference) {

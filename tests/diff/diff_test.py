@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -81,8 +82,7 @@ class Diff(unittest.TestCase):
                             capture(2, "Z", iso=300)])
         self.assertEqual([("capture", "capture", "Y"), ("capture", "capture", "Z"),
                           ("parameter", "iso", "X"), ("duration", "to_flush", "X")],
-                         sorted(self.differences(a, b), key=lambda each: (each[0], each[2]) if
-                                each[0] == "capture" else ("d", each[0] == "duration")))
+                         self.differences(a, b))
         by_order = self.differences(a, b, "--by", "order")
         self.assertEqual([("parameter", "iso", "X"), ("parameter", "iso", "Y"),
                           ("duration", "to_flush", "X")], by_order)
@@ -92,8 +92,11 @@ class Diff(unittest.TestCase):
             self.assertEqual(is_different, "duration" in kinds, tolerance)
         kinds = self.differences(a, b, "--tolerance", "12%", "--tolerance", "1ms")
         self.assertNotIn("duration", [kind for kind, _, _ in kinds])
+        other_name = [json.loads(line).get("capture_b") for line in
+                      self.run_diff(1, a, b, "--by=order", "--json").splitlines()]
+        self.assertEqual([None, "Z", None, None], other_name)
         last = self.run_diff(1, a, b).splitlines()[-1]
-        self.assertEqual("1 capture compared, 1 differs, 1 only in A, 1 only in B", last)
+        self.assertEqual("1 capture compared, 1 of them differs, 1 only in A, 1 only in B", last)
         self.assertEqual("2 captures compared, none differs\n", self.run_diff(0, a, a))
         self.assertIn("--tolerance", self.run_diff(0, "--help"))
 
@@ -152,7 +155,7 @@ class Diff(unittest.TestCase):
 
     def test_made_differences(self):
         def change(call):
-            image, operation = call.get("image"), call["call"]
+            image, operation = call.get("image"), call.get("call")
             if image == NAMES[7] and operation != "updateUIInfo":
                 return False
             if image == NAMES[1] and operation == "updateUIInfo":
@@ -171,7 +174,7 @@ class Diff(unittest.TestCase):
                          ("parameter", "cam_mode", NAMES[2]),
                          ("vendor_result", "40", NAMES[3]),
                          ("node", "node", NAMES[4]),
-                         ("error", "findings that belong to no capture", None)):
+                         ("error", "findings of no capture", None)):
             self.assertIn(expected, found)
         self.assertIn("error", [kind for kind, _, name in found if name == NAMES[3]])
         self.assertNotIn(NAMES[0], [name for _, _, name in found])
@@ -185,6 +188,18 @@ class Diff(unittest.TestCase):
         b = self.write("b.txt", line % (1, "register image A, queue size: 1"))
         self.run_diff(0, a, a)
         self.assertIn(("course", "removed", "A"), self.differences(a, b))
+
+    def test_made_stop(self):
+        """A signal ends the program while rows are being made, and nothing is left."""
+        log = self.write("long.jsonl", BURST.read_bytes() * 2000)
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with subprocess.Popen([*PROGRAM, log, log], stdout=subprocess.DEVNULL,
+                                  env={**os.environ, "TMPDIR": str(self.temporary)}) as run:
+                while len(list(self.temporary.iterdir())) < 2:
+                    self.assertIsNone(run.poll())
+                run.send_signal(number)
+                self.assertEqual(-number, run.wait(50))
+            self.assertEqual([], list(self.temporary.iterdir()))
 
     def test_made_refusals(self):
         good = str(BURST)

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "StopSignal.h"
+
 namespace diff {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& output) {
@@ -45,10 +47,11 @@ ChildProcess::~ChildProcess() {
 
 int ChildProcess::wait() {
     int status = 0;
-    pid_t ended = 0;
-    do {
-        ended = waitpid(mPid, &status, 0);
-    } while (ended < 0 && errno == EINTR);
+    while (waitpid(mPid, &status, 0) < 0 && errno == EINTR) {
+        if (StopSignals::received() != 0) {
+            kill(mPid, SIGTERM);
+        }
+    }
     mPid = -1;
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }

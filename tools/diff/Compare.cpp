@@ -73,6 +73,11 @@ void visitBoth(const Map& a, const Map& b, const Visit& visit) {
     }
 }
 
+// So that stages have their order as texts.
+std::string twoDigits(const std::string& number) {
+    return number.size() == 1 ? '0' + number : number;
+}
+
 // A switch's state without its reason, which sources of several kinds put in other words.
 std::string stateOf(const std::string& text) {
     return text == "not true" ? "false" : text.substr(0, text.find_first_of(": "));
@@ -202,13 +207,14 @@ class Comparison {
         if (mA.stagesTold && mB.stagesTold) {
             visitBoth(toldInA, toldInB,
                       [&](const std::string& number, const uint64_t* a, const uint64_t* b) {
-                          compareTexts(Kind::kStage, number, {},
+                          compareTexts(Kind::kStage, twoDigits(number), {},
                                        a != nullptr ? rows::Text("told") : std::nullopt,
                                        b != nullptr ? rows::Text("told") : std::nullopt, true);
                       });
         }
         for (size_t i = 0; i < rows::kStages; ++i) {
-            compareDuration("stage " + std::to_string(i), {}, mA.stages[i], mB.stages[i]);
+            compareDuration("stage " + twoDigits(std::to_string(i)), {}, mA.stages[i],
+                            mB.stages[i]);
         }
     }
 
@@ -274,7 +280,7 @@ std::vector<Difference> compareSessions(const Session& a, const Session& b) {
               });
     if (a.findings && b.findings && *a.findings != *b.findings) {
         found.push_back({Kind::kError,
-                         "findings that belong to no capture",
+                         "findings of no capture",
                          {},
                          std::to_string(*a.findings),
                          std::to_string(*b.findings),

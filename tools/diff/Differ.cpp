@@ -27,7 +27,7 @@ void Differ::pair(const Captured& a, const Captured& b) {
     const std::vector<Difference> found = compareCaptures(a, b, mTolerance);
     mCounts.pairs += 1;
     mCounts.differing += found.empty() ? 0 : 1;
-    addAll(found, {a.name(), a.row.captureSeq, b.row.captureSeq});
+    addAll(found, {a.name(), b.name(), a.row.captureSeq, b.row.captureSeq});
 }
 
 void Differ::single(const Captured& capture, bool isOfA) {
@@ -36,7 +36,7 @@ void Differ::single(const Captured& capture, bool isOfA) {
     (isOfA ? difference.a : difference.b) = kThere;
     (isOfA ? mCounts.onlyInA : mCounts.onlyInB) += 1;
     const int64_t number = capture.row.captureSeq;
-    addAll({difference}, {capture.name(), isOfA ? number : 0, isOfA ? 0 : number});
+    addAll({difference}, {capture.name(), {}, isOfA ? number : 0, isOfA ? 0 : number});
 }
 
 void Differ::addAll(const std::vector<Difference>& differences, const Where& where) {

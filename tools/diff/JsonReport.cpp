@@ -49,6 +49,9 @@ void JsonReport::add(const Difference& difference, const Where& where) {
     if (where.numberA != 0 || where.numberB != 0) {
         object.addText("capture", where.name);
     }
+    if (where.otherName != where.name && where.numberA != 0 && where.numberB != 0) {
+        object.addText("capture_b", where.otherName);
+    }
     if (where.numberA != 0) {
         object.addNumber("capture_seq_a", where.numberA);
     }

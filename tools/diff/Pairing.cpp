@@ -1,9 +1,13 @@
 #include "Pairing.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "Captured.h"
 
@@ -32,11 +36,19 @@ class Waiting {
         }
     }
 
+    // Those of A first, each side's in the order of registration.
     void finish() {
+        using Single = std::tuple<bool, std::string, int64_t, const Captured*>;
+        std::vector<Single> singles;
         for (const auto& [name, group] : mByName) {
             for (const Captured& capture : group.captures) {
-                mVisitor.single(capture, group.isOfA);
+                singles.emplace_back(!group.isOfA, capture.row.runId, capture.row.captureSeq,
+                                     &capture);
             }
+        }
+        std::sort(singles.begin(), singles.end());
+        for (const auto& [isOfB, run, number, capture] : singles) {
+            mVisitor.single(*capture, !isOfB);
         }
     }
 

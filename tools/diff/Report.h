@@ -18,8 +18,9 @@ namespace diff {
 
 // Where a difference was found.
 struct Where {
-    std::string name;     // of the capture; empty: it has none, or it is the session
-    int64_t numberA = 0;  // among the side's captures, from 1; 0: there is none
+    std::string name;       // of the capture; empty: it has none, or it is the session
+    std::string otherName;  // B's, of a pair
+    int64_t numberA = 0;    // among the side's captures, from 1; 0: there is none
     int64_t numberB = 0;
 };
 
@@ -94,7 +95,7 @@ class JsonReport : public Report {
     std::vector<Entry> mEntries;
 };
 
-// "8 captures compared, 2 differ; 1 only in B".
+// "8 captures compared, 2 of them differ, 1 only in B".
 std::string summaryOf(const Counts& counts);
 
 }  // namespace diff

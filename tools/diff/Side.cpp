@@ -19,6 +19,7 @@
 #include "Printable.h"
 #include "Row.h"
 #include "RowReader.h"
+#include "StopSignal.h"
 #include "TemporaryFolder.h"
 
 namespace diff {
@@ -96,6 +97,9 @@ std::string Side::program() const {
 void Side::waitForRows() {
     const int status = mChild->wait();
     mChild.reset();
+    if (StopSignals::received() != 0) {
+        throw std::runtime_error("");
+    }
     const std::string said = contentOf(mFolder->path() + "/said");
     std::fputs(said.c_str(), stderr);
     if (status != 0) {

@@ -152,11 +152,11 @@ void TableReport::write(std::FILE* file, const Counts& counts) {
     using Side = view::Columns::Side;
     using Cut = view::Columns::Cut;
     const std::vector<Cells> cells = tableCells();
-    view::Columns columns({{"difference", Side::kLeft, Cut::kEnd, 16},
-                           {"A", Side::kLeft, Cut::kEnd, 8},
-                           {"B", Side::kLeft, Cut::kEnd, 8},
+    view::Columns columns({{"difference", Side::kLeft, Cut::kEnd, 26},
+                           {"A", Side::kLeft, Cut::kMiddle, 12},
+                           {"B", Side::kLeft, Cut::kMiddle, 12},
                            {"change", Side::kRight, Cut::kNever, 0},
-                           {"capture", Side::kLeft, Cut::kMiddle, 16}},
+                           {"capture", Side::kLeft, Cut::kMiddle, 14}},
                           2, mStyle);
     for (const Cells& line : cells) {
         columns.measure(line);
@@ -173,19 +173,16 @@ void TableReport::write(std::FILE* file, const Counts& counts) {
 }
 
 std::string summaryOf(const Counts& counts) {
-    std::string text = view::counted(counts.pairs, "capture") + " compared, ";
-    text += counts.differing == 0   ? "none differs"
-            : counts.differing == 1 ? "1 differs"
-                                    : std::to_string(counts.differing) + " differ";
-    if (counts.onlyInA != 0) {
-        text += ", " + std::to_string(counts.onlyInA) + " only in A";
-    }
-    if (counts.onlyInB != 0) {
-        text += ", " + std::to_string(counts.onlyInB) + " only in B";
-    }
-    if (counts.ofSession != 0) {
-        text += ", " + view::counted(counts.ofSession, "difference") + " of the sessions";
-    }
+    std::string text = view::counted(counts.pairs, "capture") + " compared";
+    const auto add = [&](uint64_t count, const std::string& what) {
+        text += count != 0 ? ", " + what : "";
+    };
+    add(counts.areSame(), "none differs");
+    add(counts.differing, std::to_string(counts.differing) +
+                                  (counts.differing == 1 ? " of them differs" : " of them differ"));
+    add(counts.onlyInA, std::to_string(counts.onlyInA) + " only in A");
+    add(counts.onlyInB, std::to_string(counts.onlyInB) + " only in B");
+    add(counts.ofSession, view::counted(counts.ofSession, "difference") + " of the sessions");
     return text;
 }
 

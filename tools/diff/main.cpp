@@ -1,10 +1,13 @@
 // The program: compares the captures of two sides, and ends as diff does.
 
+#include <signal.h>
+
 #include <cstdio>
 #include <exception>
-#include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/App.hpp>
@@ -18,6 +21,7 @@
 #include "Printable.h"
 #include "Report.h"
 #include "Side.h"
+#include "StopSignal.h"
 #include "TerminalStyle.h"
 #include "Tolerance.h"
 
@@ -63,12 +67,18 @@ std::unique_ptr<diff::Report> reportOf(const Settings& settings) {
     return std::make_unique<diff::TableReport>(settings.a, settings.b, view::styleOf(stdout));
 }
 
-int compare(const Settings& settings) {
-    const diff::Tolerance tolerance = diff::toleranceOf(settings.tolerances);
+// Both sides' rows are made at the same time.
+auto openSides(const Settings& settings) {
+    const diff::StopSignals signals;
     diff::Side a(settings.a);
     diff::Side b(settings.b);
-    const auto captures = a.open();
-    const auto others = b.open();
+    auto captures = a.open();
+    return std::make_pair(std::move(captures), b.open());
+}
+
+int compare(const Settings& settings) {
+    const diff::Tolerance tolerance = diff::toleranceOf(settings.tolerances);
+    const auto [captures, others] = openSides(settings);
     const auto report = reportOf(settings);
     diff::Differ differ(tolerance, *report);
     differ.compare(*captures, *others, settings.by == "name" ? diff::By::kName : diff::By::kOrder);
@@ -101,6 +111,10 @@ int main(int argc, char** argv) {
         if (*error.what() != '\0') {
             std::fprintf(stderr, "infosync-diff: %s\n", error.what());
         }
-        return kTrouble;
     }
+    // What made the program end is what it ends by.
+    if (diff::StopSignals::received() != 0) {
+        raise(diff::StopSignals::received());
+    }
+    return kTrouble;
 }
