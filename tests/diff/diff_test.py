@@ -191,7 +191,7 @@ class Diff(unittest.TestCase):
 
     def test_made_stop(self):
         """A signal ends the program while rows are being made, and nothing is left."""
-        log = self.write("long.jsonl", BURST.read_bytes() * 2000)
+        log = self.write("long.jsonl", '{"sleepMs":60000}\n' + BURST.read_text())
         for number in (signal.SIGINT, signal.SIGTERM):
             with subprocess.Popen([*PROGRAM, log, log], stdout=subprocess.DEVNULL,
                                   env={**os.environ, "TMPDIR": str(self.temporary)}) as run:

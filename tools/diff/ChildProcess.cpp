@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "StopSignal.h"
+#include "StopSignals.h"
 
 namespace diff {
 
@@ -30,7 +30,16 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::s
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, output.c_str(),
                                      O_WRONLY | O_CREAT | O_APPEND, 0600);
     posix_spawn_file_actions_adddup2(&files, STDOUT_FILENO, STDERR_FILENO);
-    const int error = posix_spawn(&mPid, arguments[0], &files, nullptr, arguments.data(), environ);
+    // The signals that this program waits for are to reach the child.
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    const int error =
+            posix_spawn(&mPid, arguments[0], &files, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     if (error != 0) {
         mPid = -1;
@@ -40,20 +49,30 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::s
 
 ChildProcess::~ChildProcess() {
     if (mPid > 0) {
-        kill(mPid, SIGTERM);
-        wait();
+        end();
     }
 }
 
 int ChildProcess::wait() {
     int status = 0;
-    while (waitpid(mPid, &status, 0) < 0 && errno == EINTR) {
+    while (waitpid(mPid, &status, WNOHANG) == 0) {
+        StopSignals::wait();
         if (StopSignals::received() != 0) {
-            kill(mPid, SIGTERM);
+            status = end();
+            break;
         }
     }
     mPid = -1;
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+int ChildProcess::end() {
+    int status = 0;
+    kill(mPid, SIGTERM);
+    while (waitpid(mPid, &status, 0) < 0 && errno == EINTR) {
+    }
+    mPid = -1;
+    return status;
 }
 
 }  // namespace diff

@@ -9,6 +9,7 @@
 
 namespace diff {
 
+// Lives while a StopSignals does.
 class ChildProcess {
   public:
     // Starts the program with nothing on its standard input; both its outputs go to the file
@@ -24,6 +25,8 @@ class ChildProcess {
     int wait();
 
   private:
+    int end();
+
     pid_t mPid = -1;
 };
 

@@ -19,7 +19,7 @@
 #include "Printable.h"
 #include "Row.h"
 #include "RowReader.h"
-#include "StopSignal.h"
+#include "StopSignals.h"
 #include "TemporaryFolder.h"
 
 namespace diff {

@@ -34,6 +34,11 @@ std::string shown(const std::string& text, const view::TerminalStyle& style) {
     return view::withoutEnd(view::safe(text), kLongestText, style);
 }
 
+// Of captures that differ alike.
+std::string countText(uint64_t captures) {
+    return captures <= 1 ? "" : std::to_string(captures);
+}
+
 std::string whatDiffers(const Difference& difference) {
     const std::string node = "node " + difference.node;
     switch (difference.kind) {
@@ -71,11 +76,10 @@ std::string sideText(const Difference& difference, const std::optional<std::stri
     if (difference.kind == Kind::kError) {
         return timesText(*side);
     }
-    return difference.change ? durationText(std::atoll(side->c_str())) : shown(*side, style);
-}
-
-std::string placeText(const std::string& capture, uint64_t captures) {
-    return captures <= 1 ? capture : capture + " and " + view::counted(captures - 1, "other");
+    if (difference.change) {
+        return durationText(std::atoll(side->c_str()));
+    }
+    return side->empty() ? "\"\"" : shown(*side, style);
 }
 
 }  // namespace
@@ -140,11 +144,11 @@ void TableReport::addCells(const Group& group, std::vector<Cells>& all) const {
         const Difference& example = lines[i].example;
         all.push_back({shown(whatDiffers(example), mStyle), sideText(example, example.a, mStyle),
                        sideText(example, example.b, mStyle), changeText(example),
-                       placeText(shown(lines[i].capture, mStyle), lines[i].captures)});
+                       countText(lines[i].captures), shown(lines[i].capture, mStyle)});
     }
     if (others != 0) {
         all.push_back({shown(whatDiffers(lines.front().example), mStyle), "other", "values", "",
-                       view::counted(others, "other")});
+                       std::to_string(others), ""});
     }
 }
 
@@ -156,6 +160,7 @@ void TableReport::write(std::FILE* file, const Counts& counts) {
                            {"A", Side::kLeft, Cut::kMiddle, 12},
                            {"B", Side::kLeft, Cut::kMiddle, 12},
                            {"change", Side::kRight, Cut::kNever, 0},
+                           {"count", Side::kRight, Cut::kNever, 0},
                            {"capture", Side::kLeft, Cut::kMiddle, 14}},
                           2, mStyle);
     for (const Cells& line : cells) {

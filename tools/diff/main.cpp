@@ -21,7 +21,7 @@
 #include "Printable.h"
 #include "Report.h"
 #include "Side.h"
-#include "StopSignal.h"
+#include "StopSignals.h"
 #include "TerminalStyle.h"
 #include "Tolerance.h"
 
