@@ -37,6 +37,10 @@ class Log {
         mPid = pid;
         return *this;
     }
+    Log& atOnce() {
+        mStep = 0;
+        return *this;
+    }
     Log& manager(const std::string& operation, const std::string& message) {
         return add(kManagerTag,
                    "INFOSYNC InfoSynchronizerManager.cpp:7 " + operation + "()" + message);
@@ -46,7 +50,7 @@ class Log {
     }
     Log& add(std::string_view tag, const std::string& message) {
         text += formatted(mFormats, {std::string(tag), message, mAt, mPid, mTid});
-        mAt += 1000000;
+        mAt += mStep;
         return *this;
     }
 
@@ -90,6 +94,7 @@ class Log {
   private:
     std::vector<std::string> mFormats;
     int64_t mAt;
+    int64_t mStep = 1000000;
     int32_t mPid = 12;
     int32_t mTid = 34;
 };
@@ -320,6 +325,35 @@ TEST(Builder, TakesNamesAsTheyAre) {
     }
 }
 
+// Others use the engine's tag as well, and the log puts their lines anywhere.
+TEST(Builder, LeavesOthersOutOfItsMessages) {
+    Log log;
+    log.atOnce().registers("A", 1).manager("updateUIInfo", "can't find imageName: B");
+    log.add(kEngineTag, "an engine has begun");
+    log.switchedOn().submits("A").event("stime", "n", "A", 1).add(kEngineTag, "and has ended");
+    log.event("ctime", "n", "A", 2).engine("requestInfo", "stime {\"cut");
+    log.on(9).add(kEngineTag, "elsewhere").on(34).flushed("A").removes("A", 0);
+    const Seen seen = readLogs({log.text});
+    EXPECT_EQ(R"(A
+  cut_event cut@9: node cut: the log has the beginning of the event only
+session
+  unknown_name updateUIInfo@2: B: updateUIInfo: there is no record of that name
+)",
+              findingsOf(seen));
+    EXPECT_EQ(2, seen.captures.at(0).nodes.at(1).completion);
+}
+
+// A request() reports without the lines of a flush.
+TEST(Builder, TakesReportsThatNoFlushAskedFor) {
+    Log log;
+    log.on(1).registers("A", 1).on(2).submits("A").submits("A").on(1).removes("A", 0);
+    const Seen seen = readLogs({log.text});
+    ASSERT_EQ(1, seen.captures.size());
+    EXPECT_EQ(2, seen.captures[0].reports.size());
+    EXPECT_FALSE(seen.captures[0].isFlushed);
+    EXPECT_EQ("A\nsession\n", findingsOf(seen));
+}
+
 TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
     Log first({"threadtime"});
     first.registers("A", 1);
@@ -337,8 +371,7 @@ TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
     EXPECT_EQ(view::Clock::kReal, seen.session.clock);
     EXPECT_EQ((std::vector<std::string>{
                       "log1: its lines have no year; the log's date gives it",
-                      "log1: its lines have no time zone; their times are the phone's own, shown "
-                      "as UTC",
+                      "log1: its lines have no time zone; what is called UTC is the phone's time",
                       "log2: there are no lines of the library",
                       "log3: some of its times are of another clock than the first, and left out",
                       "log4: some of its lines have no time"}),
@@ -379,15 +412,16 @@ TEST(Reader, RefusesWhatIsNoLogcat) {
     EXPECT_EQ(3001, keeper.seen.captures.at(0).calls.at(0).place.line);
 }
 
-TEST(Reader, LooksAtTheTagOfLiblogsOwnLinesAtADesk) {
-    const Seen seen =
-            readLogs({"features_mgr_handle = 0x0\n"
-                      "kelo-InfoSynchronizer I 11-21 20:23:58 22092 22096 INFOSYNC "
-                      "InfoSynchronizerManager.cpp:110 r()register image A, queue size: "
-                      "1\nI INFOSYNC InfoSynchronizerManager.cpp:110 r() register image "
-                      "B, queue size: 1\n"});
+TEST(Reader, TakesWhatADeskPrints) {
+    const std::string origin = "INFOSYNC InfoSynchronizerManager.cpp:110 r()";
+    const std::string liblog = "kelo-InfoSynchronizer I 11-21 20:23:58 22092 22096 " + origin +
+                               "register image A, queue size: 1\n";
+    const std::string debug = "I " + origin + " register image B, queue size: 1\n";
+    const Seen seen = readLogs({"features_mgr_handle = 0x0\n" + liblog + debug});
     ASSERT_EQ(2, seen.captures.size());
     EXPECT_EQ("22092", seen.captures[0].process);
+    ASSERT_EQ(4, seen.session.notes.size());
+    EXPECT_EQ("log1: its times are whole seconds", seen.session.notes[2]);
     EXPECT_EQ("", seen.captures[1].process);
 }
 

@@ -8,6 +8,7 @@
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -101,11 +102,16 @@ int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     return result;
 }
 
-long systemCall(long number, long a, long b, long c, long d, long e, long f) __asm__("syscall");
-long systemCall(long number, long a, long b, long c, long d, long e, long f) {
-    return number == SYS_renameat2 && fails("rename")
-                   ? fail(EINVAL)
-                   : real<long>("syscall", number, a, b, c, d, e, f);
+long systemCall(long number, long a, void* b, long c, long d, long e, long f) __asm__("syscall");
+long systemCall(long number, long a, void* b, long c, long d, long e, long f) {
+    const long result = number == SYS_renameat2 && fails("rename")
+                                ? fail(EINVAL)
+                                : real<long>("syscall", number, a, b, c, d, e, f);
+    // The time of day may be set while somebody waits.
+    if (number == SYS_clock_gettime && a == CLOCK_REALTIME && fails("ahead")) {
+        static_cast<timespec*>(b)->tv_sec += 3600;
+    }
+    return result;
 }
 
 }  // extern "C"

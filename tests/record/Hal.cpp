@@ -44,10 +44,9 @@ Service& service() {
 
 template <typename Function>
 void onThreads(int count, Function function) {
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back(function, i);
+    std::vector<std::thread> threads(static_cast<size_t>(count));
+    for (std::thread& thread : threads) {
+        thread = std::thread(function, static_cast<int>(&thread - threads.data()));
     }
     for (std::thread& thread : threads) {
         thread.join();
@@ -115,18 +114,23 @@ void order() {
 
 // While one call cannot take effect, no other on the same records has a line.
 void held() {
-    manager().registerSnapshotRequestRecord("A");
-    const std::scoped_lock locks(manager().mRequestRecordQueue->mutex,
-                                 other().mRequestRecordQueue->mutex);
-    for (void (*call)() :
-         {+[] { manager().updateAnchorFrame("A", 1); }, +[] { other().updateAnchorFrame("A", 2); },
-          +[] { manager().unregisterSnapshotRequestRecord("A"); },
-          +[] { other().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
-          +[] { other().updateAnchorFrame("A", 3); },
-          +[] { manager().updateAnchorFrame("A", 4); }}) {
+    // Gives the call time enough to write a line that must not be written.
+    static constexpr auto start = [](void (*call)()) {
         std::thread(call).detach();
-        // Time enough to write a line that must not be written.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    };
+    manager().registerSnapshotRequestRecord("A");
+    manager().updateFrameInfo("A", 1, "1", {}, 0);
+    service().report = [] {
+        start([] { other().unregisterSnapshotRequestRecord("A"); });
+        other().updateAnchorFrame("A", 1);
+    };
+    const std::scoped_lock lock(other().mRequestRecordQueue->mutex);
+    for (void (*call)() : {+[] { manager().snapshotRequestInfoFlush("A", INFO_SYNC_TYPE_COLLECT); },
+                           +[] { manager().unregisterSnapshotRequestRecord("A"); },
+                           +[] { manager().updateAnchorFrame("A", 2); },
+                           +[] { other().updateAnchorFrame("A", 3); }}) {
+        start(call);
     }
     _exit(0);
 }
@@ -174,8 +178,9 @@ void nested() {
             std::printf("%s\n", error.what());
         }
     }
-    service().answer = nullptr;
     service().report = [] {
+        manager().updateVndResultInfo("A", 1, -1);
+        manager().updateVndResultInfo("A", 1, -1);
         other().updateAnchorFrame("A", 3);
         throw 5;
     };
@@ -184,8 +189,9 @@ void nested() {
     } catch (int error) {
         std::printf("%d\n", error);
     }
-    service().report = nullptr;
-    manager().updateAnchorFrame("A", 4);
+    service().report = [] { std::thread([] { manager().updateAnchorFrame("A", 4); }).join(); };
+    RequestRecord record(RequestType{});
+    manager().request(INFO_SYNC_TYPE_COLLECT, &record, nullptr);
 }
 
 // Calls without end from eight threads.
@@ -205,7 +211,6 @@ void load() {
 
 // Calls until both files have been in turn; no more than the limit on the disk at any time.
 void turns() {
-    const char* folder = std::getenv("INFOSYNC_RECORD");
     manager().updateAnchorFrame("first", 1);
     for (int i = 0; i < 900; ++i) {
         const Text image = "image-" + std::to_string(i) + Text(i < 300 ? 100 : 0, 'x');
@@ -214,7 +219,8 @@ void turns() {
             manager().unregisterSnapshotRequestRecord(image);
         }
         uintmax_t bytes = 0;
-        for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        for (const auto& file :
+             std::filesystem::directory_iterator(std::getenv("INFOSYNC_RECORD"))) {
             bytes += file.file_size();
         }
         if (bytes > 65536) {
@@ -225,16 +231,13 @@ void turns() {
 
 // Calls that are asked about in one part, and answered in the next.
 void parts() {
-    const auto fill = [] {
-        for (int i = 0; i < 9; ++i) {
-            other().updateSnapshotErrorInfo("filler", Text(4000, 'x').c_str());
-        }
-    };
     Text answer = "enabled";
     bool isLong = false;
     service().answer = [&] {
-        if (std::exchange(isLong, false)) {
-            std::thread(fill).join();
+        for (int i = std::exchange(isLong, false) ? 9 : 0; i > 0; --i) {
+            std::thread([] {
+                other().updateSnapshotErrorInfo("filler", Text(4000, 'x').c_str());
+            }).join();
         }
         return answer;
     };
@@ -257,18 +260,16 @@ void parts() {
     manager().snapshotRequestInfoFlush("B", INFO_SYNC_TYPE_COLLECT);
 }
 
-// More than a file can hold: a text, and names that are still registered.
+// More than a file can hold: a text, a name, names that are still registered, and an answer.
 void many() {
     manager().registerSnapshotRequestRecord("A");
     for (int i = 0; i < 300; ++i) {
         manager().registerSnapshotRequestRecord("B-" + std::to_string(i) + Text(100, 'x'));
     }
     manager().updateSnapshotErrorInfo("A", Text(20000, 'x').c_str());
-}
-
-// A line that the replay would not read.
-void huge() {
-    manager().updateSnapshotErrorInfo("A", Text(size_t{64} << 20U, 'x').c_str());
+    manager().updateAnchorFrame(Text(20000, 'x'), 1);
+    service().answer = [] { return Text(20000, 'x'); };
+    manager().registerSnapshotRequestRecord("last");
 }
 
 void tenCalls() {
@@ -305,6 +306,7 @@ void memory() {
         manager().snapshotRequestInfoFlush(image, INFO_SYNC_TYPE_COLLECT);
         manager().unregisterSnapshotRequestRecord(image);
     };
+    manager().updateAnchorFrame(Text(size_t{2} << 20U, 'x'), 1);  // whose memory is not kept
     round();
     round();
     constexpr int kPlenty = 1000000;
@@ -326,6 +328,7 @@ void memory() {
 }
 
 void untouched() {
+    std::filesystem::current_path("/");
     tenCalls();
     std::puts(InfoSynchronizer::mIntentAwareImpl == service().object ? "untouched" : "touched");
 }
@@ -368,28 +371,25 @@ void failing() {
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int runHal(const char* what) {
-    const std::map<Text, void (*)()> deeds = {{"everything", everything},
-                                              {"order", order},
-                                              {"nested", nested},
-                                              {"stuck", stuck},
-                                              {"load", load},
-                                              {"turns", turns},
-                                              {"parts", parts},
-                                              {"tenCalls", tenCalls},
-                                              {"forked", forked},
-                                              {"memory", memory},
-                                              {"untouched", untouched},
-                                              {"late", late},
-                                              {"exiting", exiting},
-                                              {"failing", failing},
-                                              {"many", many},
-                                              {"huge", huge},
-                                              {"held", held}};
-    const auto deed = deeds.find(what);
-    if (deed == deeds.end()) {
-        return 2;
-    }
-    deed->second();
+    const std::map<Text, void (*)()> deeds = {
+            {"everything", everything},
+            {"order", order},
+            {"held", held},
+            {"stuck", stuck},
+            {"nested", nested},
+            {"load", load},
+            {"turns", turns},
+            {"parts", parts},
+            {"many", many},
+            {"huge", [] { manager().updateSnapshotErrorInfo("A", Text(1U << 26U, 'x').c_str()); }},
+            {"tenCalls", tenCalls},
+            {"forked", forked},
+            {"memory", memory},
+            {"untouched", untouched},
+            {"late", late},
+            {"exiting", exiting},
+            {"failing", failing}};
+    deeds.at(what)();
     return 0;
 }
 

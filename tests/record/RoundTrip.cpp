@@ -13,15 +13,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iomanip>
-#include <limits>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "HostRoot.h"
 #include "InfoSynchronizerManager.h"
@@ -250,48 +249,15 @@ int play(const Text& path, const Text& folder, const char* player) {
     return entry(&options);
 }
 
-// Everything that a queue holds, as text.
-class Dump {
-  public:
-    explicit Dump(const Text& path) : mFile(path) { mFile << std::hexfloat; }
-
-    void write(Manager& from) {
-        const camInfosync::RequestRecordQueue& queue = *from.mRequestRecordQueue;
-        for (const auto& [name, record] : queue.records) {
-            write(name);
-            std::apply([this](const auto&... fields) { (write(fields), ...); },
-                       fuzz::contentOf(*record));
-            mFile << '\n';
-        }
-        write(queue.errorImageNames);
-        write(queue.postProcInfo);
-        mFile << '\n';
+// Everything that a queue holds, byte for byte, also of texts that are not UTF-8.
+nlohmann::json contentOf(Manager& from) {
+    const camInfosync::RequestRecordQueue& queue = *from.mRequestRecordQueue;
+    nlohmann::json records;
+    for (const auto& [name, record] : queue.records) {
+        records[name] = fuzz::contentOf(*record);
     }
-
-  private:
-    void write(const Text& text) { mFile << std::quoted(text) << ' '; }
-    template <typename Key, typename Value>
-    void write(const std::map<Key, Value>& map) {
-        for (const auto& [key, value] : map) {
-            write(key);
-            write(value);
-        }
-        mFile << "; ";
-    }
-    template <typename Element>
-    void write(const std::vector<Element>& list) {
-        for (const Element& element : list) {
-            write(element);
-        }
-        mFile << ", ";
-    }
-    template <typename Number>
-    void write(Number number) {
-        mFile << +number << ' ';
-    }
-
-    std::ofstream mFile;
-};
+    return {records, queue.errorImageNames, queue.postProcInfo};
+}
 
 }  // namespace
 
@@ -309,8 +275,9 @@ int main(int argc, char** argv) {
     } else {
         status = play(arguments.at(1), arguments.at(2), argv[4]);
     }
-    Dump dump(arguments.at(arguments[0] == "take" ? 3 : 2) + "/left.txt");
-    dump.write(manager());
-    dump.write(otherManager());
+    std::ofstream left(arguments.at(arguments[0] == "take" ? 3 : 2) + "/left.cbor");
+    for (Manager* from : {&manager(), &otherManager()}) {
+        nlohmann::json::to_cbor(contentOf(*from), left);
+    }
     return status;
 }

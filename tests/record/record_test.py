@@ -43,11 +43,12 @@ class RecordTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name) / "record"
         self.folder.mkdir()
 
-    def run_hal(self, *what, command=(AHEAD,), **more):
-        """What a HAL prints and logs."""
+    def run_hal(self, *what, command=(AHEAD,), before=None, **more):
+        """What a HAL prints. What it logs of the recorder is in `said`."""
         done = subprocess.run(
             [*EMULATOR, *command, *what], timeout=50, encoding="utf-8", check=False,
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder.parent, env=environment(self.folder, more))
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder.parent,
+            env=environment(self.folder, more), preexec_fn=before)
         self.assertEqual(0, done.returncode, done.stdout + done.stderr)
         self.said = [line for line in done.stderr.splitlines() if "InfoSyncRecord" in line]
         return [line for line in done.stdout.splitlines() if not line.startswith("features_mgr")]
@@ -140,7 +141,8 @@ class Record(RecordTest):
                 (by_property, True),
                 ({**by_property, "INFOSYNC_RECORD_PROCESS": "another"}, False),
                 ({"INFOSYNC_RECORD_PROCESS": name[1:]}, False),
-                ({"INFOSYNC_RECORD_PROCESS": AHEAD}, True)]:
+                ({"INFOSYNC_RECORD_PROCESS": AHEAD}, True),
+                ({"INFOSYNC_RECORD": self.folder.name}, True)]:
             with self.subTest(more=more):
                 said = self.run_hal("untouched", **more)
                 self.assertEqual(["ten", "touched" if is_on else "untouched"], said)
@@ -172,8 +174,8 @@ class Record(RecordTest):
 
     def test_calls_wait_for_each_other(self):
         self.run_hal("held")
-        self.assertEqual([("registerSnapshotRequestRecord", None), ("updateAnchorFrame", None),
-                          ("updateAnchorFrame", "GetInstance")],
+        self.assertEqual([("registerSnapshotRequestRecord", None), ("updateFrameInfo", None),
+                          ("snapshotRequestInfoFlush", None), ("updateAnchorFrame", "GetInstance")],
                          [(line["call"], line.get("manager")) for line in self.lines()
                           if "call" in line and "unordered" not in line])
 
@@ -184,16 +186,20 @@ class Record(RecordTest):
             if "answered" in line:
                 found.append(f'{line["answered"]} {line.get("answer", line.get("threw"))}')
             else:
-                found.append(f'{line["n"]} {line["image"]} {line.get("anchorFrame", "")}'.strip()
-                             if "n" in line else f'end {line["calls"]}')
+                found.append(" ".join(str(line[field]) for field in ("n", "image", "anchorFrame")
+                                      if field in line) or f'end {line["calls"]}')
+            self.assertNotIn("unordered", line)
         self.assertEqual(["1 A", "1 enabled", "2 B", "3 A 1", "2 enabled", "4 C", "5 A 2",
                           "4 enabled", "6 D", "6 disabled", "7 E", "7 enabled", "8 F", "8 True",
-                          "9 A", "10 A 3", "11 A 4", "end 11"], found)
+                          "9 A", "10 A", "11 A", "12 A 3", "13", "14 A 4", "end 14"], found)
 
-    def test_report_that_waits_for_a_call(self):
-        self.run_hal("stuck")
+    def test_report_that_waits_for_a_call(self, **more):
+        self.run_hal("stuck", **more)
         self.assertEqual([*3 * [False], *100 * [True], False],
                          [line.get("unordered", False) for line in self.lines() if "call" in line])
+
+    def test_report_that_waits_while_the_time_is_set(self):
+        self.test_report_that_waits_for_a_call(FAULT="ahead", LD_PRELOAD=E["FAULTS"])
 
     def test_two_files_by_turns(self):
         self.assertEqual([], self.run_hal("turns", INFOSYNC_RECORD_LIMIT="65536"))
@@ -215,33 +221,37 @@ class Record(RecordTest):
                                             for path in (first, second)])
 
     def test_limit_by_property(self):
-        for forced in (0, 1):
+        for supported, forced, named in ((1, 0, 0), (1, 1, 1), (0, 1, 0)):
             self.run_hal("turns", INFOSYNC_HOST_NO_SERVICE="1", INFOSYNC_HOST_PROPERTIES=
                          "debug.infosync.record.limit=65536\n"
+                         f"persist.vendor.camera.camquill.supported={supported}\n"
                          f"persist.vendor.camera.infoSyncCollect.forceEnabled={forced}")
             cut = [json.loads(path.read_text().split("\n")[0])["cut"] for path in self.parts()]
-            self.assertEqual([forced, forced], [min(len(names), 1) for names in cut])
+            self.assertEqual([named, named], [min(len(names), 1) for names in cut])
             self.empty_folder()
 
     def test_limit_of_the_process(self):
         sizes = resource.getrlimit(resource.RLIMIT_FSIZE)
-        resource.setrlimit(resource.RLIMIT_FSIZE, (20000, sizes[1]))
         self.addCleanup(resource.setrlimit, resource.RLIMIT_FSIZE, sizes)
-        self.run_hal("turns", INFOSYNC_RECORD_LIMIT="65536")
-        self.expect_warnings()
-        self.assertEqual([2, True], [len(self.parts()), self.parts()[0].stat().st_size > 15000])
+        for limit, parts, warnings in ((300, 0, ["its header does not fit"]), (20000, 2, [])):
+            resource.setrlimit(resource.RLIMIT_FSIZE, (limit, sizes[1]))
+            self.run_hal("turns", INFOSYNC_RECORD_LIMIT="65536")
+            self.expect_warnings(*warnings)
+            self.assertEqual(parts, len(self.parts()))
+        self.assertLess(15000, self.parts()[0].stat().st_size)
 
     def test_more_than_fits(self):
         self.run_hal("many", INFOSYNC_RECORD_LIMIT="65536")
         omitted = [line for line in self.lines() if "omitted" in line]
-        self.assertEqual([("updateSnapshotErrorInfo", "A")],
-                         [(line["call"], line["image"]) for line in omitted])
+        self.expect_warnings("an answer does not fit")
+        self.assertEqual([("updateSnapshotErrorInfo", "A"), ("updateAnchorFrame", None)],
+                         [(line["call"], line.get("image")) for line in omitted])
         self.assertEqual([20000 < omitted[0]["omitted"] < 20200, "text" in omitted[0]],
                          [True, False])
         header = json.loads(self.parts()[-1].read_text().split("\n")[0])
         self.assertLess(len(json.dumps(header["cut"])), 8192 + 100)
         later = self.parts()[-1].read_text().count('"registerSnapshotRequestRecord"')
-        self.assertEqual(301, len(header["cut"]) + header["cutMore"] + later)
+        self.assertEqual(302, len(header["cut"]) + header["cutMore"] + later)
 
     def test_more_than_the_replay_reads(self):
         self.run_hal("huge", INFOSYNC_RECORD_LIMIT="1000000000")
@@ -261,7 +271,8 @@ class Record(RecordTest):
                 ("interrupted", 10, None), ("short", 10, None), ("rename", 10, None),
                 ("full 6", 4, "No space left on device"),
                 ("full 1", 0, "No space left on device"),
-                ("closed 5", 4, "closed by somebody else"), ("reused 5", 4, "closed by somebody else"),
+                ("closed 5", 4, "closed by somebody else"),
+                ("reused 5", 4, "closed by somebody else"),
                 ("same place 5", 4, "closed by somebody else"),
                 ("refused", 0, "Permission denied")]:
             with self.subTest(fault=fault):
@@ -281,6 +292,19 @@ class Record(RecordTest):
         self.folder = self.folder / "missing"
         self.assertEqual(["ten"], self.run_hal("tenCalls"))
         self.expect_warnings(f"{self.folder}/capture-.*No such file or directory")
+
+    def test_names_that_are_taken(self):
+        def take(suffix):
+            for second in range(30):
+                start = time.strftime("%Y%m%dT%H%M%SZ", time.gmtime(time.time() + second))
+                path = self.folder / f"capture-{start}-{os.getpid()}.jsonl{suffix}"
+                path.write_text("taken\n", encoding="utf-8")
+        for suffix, recorded, warnings in (("", 1, []), (".new", 0, ["File exists"])):
+            self.run_hal("tenCalls", before=lambda suffix=suffix: take(suffix))
+            self.expect_warnings(*warnings)
+            texts = [path.read_text() for path in self.parts()]
+            self.assertEqual([30, recorded], [texts.count("taken\n"), len(texts) - 30])
+            self.empty_folder()
 
     def test_forked_child_does_not_write(self):
         self.assertEqual(["0"], self.run_hal("forked"))

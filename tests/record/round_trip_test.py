@@ -66,7 +66,7 @@ class RoundTrip(unittest.TestCase):
             log = recording_in(taken)
             run(PLAYING, ["play", log, played, PLAYER], record=played)
             self.assertEqual(calls_by_image(taken), calls_by_image(played))
-            self.assertEqual(read(taken, "left.txt"), read(played, "left.txt"))
+            self.assertEqual(read(taken, "left.cbor"), read(played, "left.cbor"))
 
             # A recording of the playing is the recording again, but for its own identity.
             lines = read(log).splitlines()
@@ -104,7 +104,7 @@ class RoundTrip(unittest.TestCase):
     def test_without_a_call_there_is_no_file(self):
         with tempfile.TemporaryDirectory() as taken:
             run(COMMAND, ["take", "1", "0", taken], record=taken)
-            self.assertEqual(["calls.jsonl", "left.txt"], sorted(os.listdir(taken)))
+            self.assertEqual(["calls.jsonl", "left.cbor"], sorted(os.listdir(taken)))
 
 
 if __name__ == "__main__":

@@ -105,7 +105,8 @@ TEST(Content, IsThatOfTheRecord) {
 TEST(Content, HasTheReportsAndTheCalls) {
     const Shown shown =
             play({"register A", "frame A", "flush A", R"(flush A "type":1)", "3a A", "flush A",
-                  R"(3a A "thread":"cam")", R"({"barrier":true})", "unregister A"});
+                  R"(3a A "fstop":0,"iso":6,"lux":0,"exposureTime":0,"thread":"cam")",
+                  R"({"barrier":true})", "unregister A"});
     const view::Capture& capture = shown.captures.at(0);
     ASSERT_EQ(2U, capture.reports.size());
     EXPECT_EQ(3U, capture.reports[0].place.line);
@@ -119,7 +120,8 @@ TEST(Content, HasTheReportsAndTheCalls) {
     EXPECT_EQ((Lines{"registerSnapshotRequestRecord  0 - 1", "updateFrameInfo  0 - 2",
                      "snapshotRequestInfoFlush  0 - 3", "snapshotRequestInfoFlush  0 - 4 useless",
                      "updateAnchor3aInfo  0 - 5", "snapshotRequestInfoFlush  0 - 6",
-                     "updateAnchor3aInfo cam 0 - 7", "unregisterSnapshotRequestRecord  0 - 9"}),
+                     "updateAnchor3aInfo cam 0 - 7 useless",
+                     "unregisterSnapshotRequestRecord  0 - 9"}),
               calls(capture));
     EXPECT_EQ(view::Clock::kNone, shown.session.clock);
     EXPECT_EQ(8U, shown.session.calls);
@@ -166,6 +168,14 @@ TEST(Content, HasNoTimesThatTheLogDoesNotTell) {
               stages(play({"register A", R"(stage A "at":9)"}).captures.at(0)));
     EXPECT_EQ((Lines{"2request_to_vendor not known"}),
               stages(play({R"(register A "at":9)", "stage A"}).captures.at(0)));
+}
+
+TEST(Content, HasTwentyThousandCallsAtMost) {
+    Lines lines(20'002, "anchor A");
+    lines.insert(lines.begin(), "register A");
+    const Shown shown = play(lines);
+    EXPECT_EQ(20'000U, shown.captures.at(0).calls.size());
+    EXPECT_EQ(Lines{"A: 3 more calls are not shown"}, shown.session.notes);
 }
 
 TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {

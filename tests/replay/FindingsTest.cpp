@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -17,6 +16,7 @@ namespace {
 
 using played::Lines;
 using played::play;
+using view::FindingKind;
 
 // What is found in a log of a capture A, whose lines begin with the third and end before a flush
 // and the removal.
@@ -168,6 +168,13 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
              {"5 late updateZuAlgoInfo: too late for the report: completion of hdr is gone, "
               "reported as 9",
               "5 no_completion node hdr started and never completed"}},
+            {{"flush A", "algo A"},
+             {"4 late updateZuAlgoInfo: too late for the report: start of hdr is 0, not reported; "
+              "start of tone is 0, not reported"}},
+            {{"flush A", "3a A",
+              R"({"call":"request","type":0,"record":{"frameInfo":)"
+              R"({"imageName":"A"},"snapshotInfo":{"iso":5}}})"},
+             {"4 " + late3a + "iso is 5, reported as 0"}},
             {{"flush A", "stage A", "state A", "anchor A", "result A", "error A"},
              {"8 error_text it broke"}},
     };
@@ -180,11 +187,26 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
 }
 
 TEST(Findings, AreCountedBeyondTenOfAKind) {
-    const played::Shown shown = play(Lines(15, "3a B"));
-    ASSERT_EQ(11U, shown.session.findings.size());
-    EXPECT_EQ("B: updateAnchor3aInfo: is not registered; and 4 more like this",
-              shown.session.findings[10].text);
-    EXPECT_EQ(11U, shown.session.findings[10].place.line);
+    Lines lines(15, "3a IMG_2");
+    lines.insert(lines.begin(), "register IMG_1");
+    const auto& findings = play(lines).session.findings;
+    ASSERT_EQ(11U, findings.size());
+    const std::string says = "IMG_2: updateAnchor3aInfo: is not registered";
+    EXPECT_EQ(says + "; did you mean IMG_1?", findings[9].text);
+    EXPECT_EQ(1U, findings[9].calls);
+    EXPECT_EQ(says + "; and 4 more like this", findings[10].text);
+    EXPECT_EQ(5U, findings[10].calls);
+    EXPECT_EQ(12U, findings[10].place.line);
+}
+
+TEST(Findings, AreKeptOfAThousandNamesAndCountedOfOthers) {
+    Lines lines;
+    for (int name = 0; name < 1020; ++name) {
+        lines.push_back("anchor " + std::to_string(name));
+    }
+    const auto& findings = play(lines).session.findings;
+    ASSERT_EQ(1011U, findings.size());
+    EXPECT_EQ(10U, findings.back().calls);
 }
 
 TEST(Findings, NameTheLinesOfTheLogInEveryRound) {
@@ -205,14 +227,14 @@ size_t count(const std::string& text, const std::string& part) {
 }
 
 // How many calls the findings of a kind are about.
-size_t calls(const played::Shown& shown, const std::string& kind) {
-    const std::regex more("and ([0-9]+) more like this");
+size_t calls(const played::Shown& shown, FindingKind kind) {
+    std::vector<view::Finding> findings = shown.session.findings;
+    for (const view::Capture& capture : shown.captures) {
+        findings.insert(findings.end(), capture.findings.begin(), capture.findings.end());
+    }
     size_t found = 0;
-    for (const std::string& text : shown.findings()) {
-        if (text.find(' ' + kind + ' ') != std::string::npos) {
-            std::smatch number;
-            found += 1 + (std::regex_search(text, number, more) ? std::stoul(number[1]) : 0);
-        }
+    for (const view::Finding& finding : findings) {
+        found += finding.kind == kind ? finding.calls : 0;
     }
     return found;
 }
@@ -222,7 +244,7 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     constexpr const char* kCalls[] = {"register", "3a", "flush", "anchor", "unregister"};
     Lines lines;
     std::map<std::string, size_t> made;
-    for (unsigned i = 0; i < 4000; ++i) {
+    for (unsigned i = 0; i < 12000; ++i) {
         const std::string thread = R"("thread":"t)" + std::to_string(i % 4) + '"';
         const std::string image(1, static_cast<char>('A' + i / 4 % 3));
         const std::string operation = kCalls[(i / 12 + i % 4) % 5];
@@ -233,7 +255,7 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     const played::Shown shown = play(lines);
     const std::string warnings = testing::internal::GetCapturedStderr();
     const size_t twice = count(warnings, "had exist");
-    EXPECT_EQ(twice, calls(shown, "already_registered"));
+    EXPECT_EQ(twice, calls(shown, FindingKind::kAlreadyRegistered));
     EXPECT_EQ(made["register"] - twice, shown.captures.size());
     size_t useless = count(warnings, "can't find image");
     size_t reports = 0;
@@ -243,7 +265,8 @@ TEST(Findings, AgreeWithTheLibraryWhileThreadsRunFreely) {
     }
     EXPECT_EQ(shown.session.reports, reports);
     useless += made["flush"] - reports;  // of the flushes
-    EXPECT_EQ(useless, calls(shown, "unknown_name") + calls(shown, "after_removal"));
+    EXPECT_EQ(useless,
+              calls(shown, FindingKind::kUnknownName) + calls(shown, FindingKind::kAfterRemoval));
 }
 
 }  // namespace

@@ -128,11 +128,8 @@ inline void showTo(const WatchCall& also) {
     });
 }
 
-// Plays a log in a library that holds nothing.
+// Plays a log, and leaves a library that holds nothing.
 inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCall& also = {}) {
-    auto& queue = *camInfosync::InfoSynchronizerManager::getInstance().mRequestRecordQueue;
-    queue.records.clear();
-    queue.errorImageNames.clear();
     options.path = testing::TempDir() + "played.jsonl";
     std::ofstream file(options.path);
     for (const std::string& line : lines) {
@@ -157,6 +154,9 @@ inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCal
     } else {
         ADD_FAILURE() << "the log is wrong";
     }
+    auto& queue = *camInfosync::InfoSynchronizerManager::getInstance().mRequestRecordQueue;
+    queue.records.clear();
+    queue.errorImageNames.clear();
     return shown;
 }
 

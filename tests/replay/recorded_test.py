@@ -70,7 +70,6 @@ class Header(RecordedTest):
         for fields, says in (({"version": "0.9"}, "version: 0.9 is none that " + read),
                              ({"version": "1"}, 'version: must be MAJOR.MINOR, as "1.0"'),
                              ({"version": "1.0x"}, 'version: must be MAJOR.MINOR, as "1.0"'),
-                             ({"version": 1}, "version: must be a string"),
                              ({"format": "x"}, 'format: must be "camInfosync capture log"'),
                              ({"properties": {"a b": True}},
                               "properties.a b: is not the name of a property"),
@@ -82,6 +81,8 @@ class Header(RecordedTest):
                              ({"cut": "A"}, "cut: must be an array")):
             self.refuse_lines(says="1: " + says, head=header(**fields))
         for head, says in ((header(version="2.0", service=1), "version: 2.0 is newer than " + read),
+                           (header(version=1), "version: must be a string"),
+                           (header(format=1), "format: must be a string"),
                            ('{"format":', "line: is not valid JSON")):
             self.refuse(self.write(head), says="log.jsonl:1: " + says)
             self.assertEqual(1, self.err.count("\n"), self.err)
@@ -257,6 +258,17 @@ class LeftOut(RecordedTest):
                   answered(1, "no", tid=4, unordered=True))
         self.assertEqual([note(2, "registerSnapshotRequestRecord", 4),
                           note(3, "updateAnchor3aInfo", 2)], self.notes)
+        nested = [recorded(1, register("A")), recorded(2, register("B")),
+                  recorded(3, anchor("A", 1)), answered(2, "enabled")]
+        self.play(recorded(1, request(1, key="k")), recorded(2, anchor("A", 1)),
+                  answered(1, "x", key="k"), recorded(3, anchor("A", 1), tid=2))
+        self.assertEqual([note(2, "request", 1), note(5, "updateAnchor3aInfo", 2)], self.notes)
+        self.play(*nested)
+        self.assertEqual([note(3, "registerSnapshotRequestRecord", 1)], self.notes)
+        self.play(*nested, answered(1, "no"))
+        self.assertEqual([note(2, "registerSnapshotRequestRecord", 1)], self.notes)
+        self.play(*[recorded(n, anchor("A", 1), tid=n) for n in (1, 2)], answered(9, "no", tid=1))
+        self.assertEqual([note(3, "updateAnchor3aInfo", 2)], self.notes)
         self.play(*[recorded(n, request(9), tid=n) for n in range(12)])
         self.assertEqual("log.jsonl: 2 earlier calls may not have returned either", self.notes[0])
         self.assertEqual(note(13, "request", 11), self.notes[-1])

@@ -14,6 +14,7 @@ import unittest
 from replay_case import (COMMAND, HERE, SECONDS, ReplayTest, anchor, call, fail, flush, frame,
                          limit, register, slow_calls)
 
+NO_CALLS = "standard input: has no calls"
 LONGEST_LINE = 1_048_576
 FORCED = "persist.vendor.camera.infoSyncCollect.forceEnabled"
 
@@ -42,6 +43,9 @@ class Reports(ReplayTest):
     def test_json_to_stdout(self):
         self.run_tool("plain-shot.jsonl", "--json", "-")
         self.expect("plain-shot.calls.jsonl", self.out)
+        self.assertFalse(self.says_handle)
+        self.run_tool("plain-shot.jsonl", "--json", "-", "--log-level", "debug")
+        self.expect("plain-shot.calls.jsonl", self.out)
         self.assertTrue(self.says_handle)
 
     def test_quiet(self):
@@ -63,6 +67,19 @@ class Reports(ReplayTest):
     def test_repeat(self):
         self.run_tool("plain-shot.jsonl", "--repeat", "3", "--summary")
         self.expect("repeat.txt", self.out)
+
+    def test_which_captures_are_shown(self):
+        names = [f"{number:02}" for number in range(1, 22)]
+        lines = [line(name) for name in names for line in (register, frame, flush)]
+        log = self.write(*lines, fail("07"))
+        for options, reports, first in (([], [], "01"),
+                                        (["--failed"], ["07"], "01"),
+                                        (["--failed", "--sort", "findings"], ["07"], "07"),
+                                        (["--image", "07", "--image", "09"], ["07", "09"], "07")):
+            self.run_tool(log, *options)
+            self.assertEqual(reports, re.findall(r"^capture \d+: (.*)$", self.out, re.M), options)
+            self.assertEqual(first, re.findall(r"^  (\d\d) ", self.out, re.M)[0], options)
+        self.run_tool(log, "--sort", "name", status=2)
 
     def test_names_in_totals(self):
         names = [f"{number:02}" for number in range(1, 13)]
@@ -253,8 +270,8 @@ class Refused(ReplayTest):
             line, *errors = case.decode(errors="surrogateescape").rstrip("\n").split("\n    ")
             self.run_tool("-", "--quiet", "--log-level", "error", status=2 if errors else 0,
                           stdin=line.encode(errors="surrogateescape"))
-            self.assertEqual([f"standard input:1: {error}" for error in errors],
-                             self.err.splitlines(), line)
+            said = [text for text in self.err.splitlines() if text != NO_CALLS]
+            self.assertEqual([f"standard input:1: {error}" for error in errors], said, line)
 
     def test_unprintable_texts_in_errors(self):
         text = "\u007f\u009b" + "x" * 58
@@ -374,7 +391,9 @@ class ProgressBar(ReplayTest):
 
     def draw(self, *options, **streams):
         log = self.write('{"sleepMs":1200}', *["             "] * 299)
-        return self.run_on_terminal(log, *options, **streams)
+        said = self.run_on_terminal(log, *options, **streams)
+        self.assertIn("log.jsonl: has no calls\r\n", said)
+        return said.replace("log.jsonl: has no calls\r\n", "")
 
     def test_bar(self):
         self.assertEqual("\r[######################..................]  56%"
@@ -386,7 +405,7 @@ class ProgressBar(ReplayTest):
         self.assertEqual("", self.draw("--quiet"))
         self.assertNotIn("%", self.draw(stdout=None))
         self.run_tool(self.write(*[""] * 1000, '{"sleepMs":1200}', *[""] * 1000))
-        self.assertEqual("", self.err)
+        self.assertEqual("log.jsonl: has no calls\n", self.err)
 
 
 class Installed(ReplayTest):

@@ -56,7 +56,7 @@ void addNodes(Capture& capture, int64_t start) {
                 i % 2 == 0 ? 4711 : 4712, begin + ms * kMs);
         Node node;
         node.name = kNodes[i];
-        node.start = static_cast<double>(begin / 1000) / 1000 + 0.512;
+        node.start = static_cast<double>(begin) / kMs + 0.512;
         node.second = *node.start + 1.253;
         node.completion = *node.start + static_cast<double>(ms) + 0.217;
         node.state = "OK";
@@ -97,6 +97,9 @@ void fail(Capture& capture) {
     const Call& call = capture.calls[20];
     capture.findings.push_back({FindingKind::kVendorError, "vendor result 41: error_buffer", "41",
                                 call.place, call.at});
+}
+
+void addCallWithoutEffect(Capture& capture) {
     capture.calls[22].hadEffect = false;
     capture.findings.push_back({FindingKind::kStageOutOfRange, "stage 15 is above 14",
                                 "updateSnapshotTimeInfo", capture.calls[22].place,
@@ -108,7 +111,7 @@ constexpr const char* kHostileNames[] = {
         "<img src=x onerror=\"window.broken=1\">",
         "\"'`${window.broken=1}\\",
         "line\u2028separators\u2029",
-        "\u202egnp.eman\u202c and \u2066isolated",
+        "\u202egnp.eman\u202c and \u2066isolated\u2069",
         "\x1b[31mred\a\n\t",
         "\xff\xc3\xed\xa0\x80 no UTF-8",
         "<!--<script>",
@@ -140,7 +143,7 @@ double hostileMs(Dice& dice) {
                              1e308,     -1e308,     9.2e12,
                              -1,        0,          5e-324};
     return dice.oneIn(4) ? kTimes[dice.below(std::size(kTimes))]
-                         : static_cast<double>(kStart / kMs + dice.below(120)) - 10 +
+                         : static_cast<double>(kStart) / kMs + dice.below(120) - 10 +
                                    dice.below(4) * 0.25;
 }
 
@@ -239,10 +242,23 @@ Capture completeCapture() {
     capture.reports = {{capture.flushed, {0, 10}, {{"iso", "125"}, {"lux", "3.5"}}, {}, {}},
                        {kBegin + 105 * kMs, {}, {}, {{"cut", true}}, {{1022, 10000}}}};
     capture.calls = {{"updateUIInfo", "algo", 9, kBegin + 20 * kMs, {1, 8}, false},
-                     {"updateFrameInfo", "", 0, std::nullopt, {}, true}};
+                     {"updateFrameInfo", "", 0, std::nullopt, {}, true},
+                     {"late", "", 10, kBegin + 60 * kMs, {}, true},
+                     {"early", "cam", 10, kBegin + 10 * kMs, {}, true},
+                     {"byHand", "hand", 0, kBegin + 15 * kMs, {}, true},
+                     {"byOther", "other", 0, kBegin + 16 * kMs, {}, true},
+                     {"farAway", "far", 0, kBegin + 200'000'000 * kMs, {}, true}};
     capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, kBegin + 50 * kMs},
                         {FindingKind::kLate, "too late", "updateUIInfo", {1, 8}, kBegin + 20 * kMs},
                         {FindingKind::kCutEvent, "cut", "", {}, {}}};
+    return capture;
+}
+
+Capture nodesOnlyCapture() {
+    Capture capture;
+    capture.number = 4;
+    capture.name = "nodes only";
+    capture.nodes = completeCapture().nodes;
     return capture;
 }
 
@@ -275,6 +291,9 @@ Capture ordinaryCapture(uint64_t number) {
     capture.reports = {report};
     if (number % 50 == 0) {
         fail(capture);
+    }
+    if (number % 50 == 0 || number % 70 == 0) {
+        addCallWithoutEffect(capture);
     }
     return capture;
 }

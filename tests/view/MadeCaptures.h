@@ -12,7 +12,11 @@ namespace view {
 // A small one that has everything that a source can tell.
 Capture completeCapture();
 
-// A capture as bursts have it: 8 nodes, 12 stages, 34 calls on four threads. Every 50th has failed.
+// Has nothing but nodes.
+Capture nodesOnlyCapture();
+
+// A capture as bursts have it: 8 nodes, 12 stages, 34 calls on four threads. Every 50th has failed,
+// and it and every 70th have a call without effect.
 Capture ordinaryCapture(uint64_t number);
 
 // A capture that has what is not to be expected: no times, times that are equal, far, endless or in

@@ -17,7 +17,7 @@ namespace {
 
 view::Capture make(const std::string& kind, uint64_t number) {
     return kind == "hostile"    ? view::hostileCapture(number)
-           : kind == "complete" ? view::completeCapture()
+           : kind == "complete" ? number == 1 ? view::completeCapture() : view::nodesOnlyCapture()
                                 : view::ordinaryCapture(number);
 }
 

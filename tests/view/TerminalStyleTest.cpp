@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -46,16 +47,17 @@ TEST(TerminalStyle, OfAFileComesFromTheEnvironment) {
 TEST(TerminalStyle, OfATerminalIsItsOwn) {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_EQ(0, unlockpt(master));
-    std::FILE* terminal = std::fopen(ptsname(master), "w");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> owner(std::fopen(ptsname(master), "w"),
+                                                                std::fclose);
+    std::FILE* const terminal = owner.get();
     ASSERT_NE(nullptr, terminal);
     winsize size{};
     size.ws_col = 57;
-    ASSERT_EQ(0, ioctl(master, TIOCSWINSZ, &size));
+    EXPECT_EQ(0, ioctl(master, TIOCSWINSZ, &size));
     EXPECT_EQ(57u, styleIn({{"COLUMNS", "132"}}, terminal).width);
     EXPECT_TRUE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", ""}}, terminal).colour);
     EXPECT_FALSE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", "0"}}, terminal).colour);
     EXPECT_FALSE(styleIn({{"TERM", "dumb"}}, terminal).colour);
-    std::fclose(terminal);
     close(master);
 }
 

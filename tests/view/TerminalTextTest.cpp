@@ -15,7 +15,8 @@ const TerminalStyle kUtf8{80, true, false};
 
 TEST(TerminalText, EscapesWhatMisleads) {
     EXPECT_EQ("a\\x1b[31m\\n\\\\", safe("a\x1b[31m\n\\"));
-    EXPECT_EQ("\\u{202e}gpj\\u{2066}\\u{feff}\\u{200b}", safe("\u202Egpj\u2066\uFEFF\u200B"));
+    EXPECT_EQ("\\u{202e}gpj\\u{202c}\\u{2066}\\u{2069}\\u{feff}\\u{200b}",
+              safe("\u202Egpj\u202C\u2066\u2069\uFEFF\u200B"));
     EXPECT_EQ("\\u{2028}\\u{e0041}", safe("\u2028\U000E0041"));
     EXPECT_EQ("\u0645\u200C\u4E2D\U0001F4F7", safe("\u0645\u200C\u4E2D\U0001F4F7"));
 }

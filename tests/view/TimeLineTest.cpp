@@ -53,14 +53,20 @@ std::string show(const Lane& lane) {
     return shown;
 }
 
-std::vector<std::string> show(const std::optional<TimeLine>& line, Lane::Kind kind) {
+std::vector<std::string> show(const TimeLine& line, Lane::Kind kind) {
     std::vector<std::string> shown;
-    for (const Lane& lane : line ? line->lanes : std::vector<Lane>()) {
+    for (const Lane& lane : line.lanes) {
         if (lane.kind == kind) {
             shown.push_back(show(lane));
         }
     }
     return shown;
+}
+
+TimeLine lineOf(const Capture& capture) {
+    const auto line = timeLineOf(capture);
+    EXPECT_TRUE(line);
+    return line.value_or(TimeLine());
 }
 
 using Texts = std::vector<std::string>;
@@ -76,16 +82,16 @@ TEST(TimeLine, IsNothingWithoutATime) {
 
 TEST(TimeLine, HasTheCaptureUpToTheFlushAndAfterIt) {
     Capture capture = captureAt(5000);
-    auto line = timeLineOf(capture);
-    EXPECT_EQ(line->start, 5000 * kMs);
-    EXPECT_EQ(line->length, 110 * kMs);
+    auto line = lineOf(capture);
+    EXPECT_EQ(line.start, 5000 * kMs);
+    EXPECT_EQ(line.length, 110 * kMs);
     EXPECT_EQ(show(line, Lane::Kind::kCapture),
               Texts{"0-100 to the flush, 100-110 after the flush"});
 
     capture.flushed.reset();
     capture.isFlushed = false;
     capture.findings = {{FindingKind::kNeverFlushed, "never flushed", "", {}, 5105 * kMs}};
-    line = timeLineOf(capture);
+    line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kCapture), Texts{"0-110 not flushed!"});
 }
 
@@ -101,24 +107,24 @@ TEST(TimeLine, PutsStagesInTheOrderOfTimeAndLeavesOutWhatIsNoInstant) {
                        {3, "same", 30},
                        {12, "past", std::numeric_limits<int64_t>::max()},
                        {14, "negative", -5}}};
-    EXPECT_EQ(show(timeLineOf(capture), Lane::Kind::kStages),
+    EXPECT_EQ(show(lineOf(capture), Lane::Kind::kStages),
               Texts{"0-10 back, 10-30 vendor, 30-30 same, 30-30 also, 30-40 told"});
     capture.registered.reset();
-    EXPECT_EQ(show(timeLineOf(capture), Lane::Kind::kStages), Texts{});
+    EXPECT_EQ(show(lineOf(capture), Lane::Kind::kStages), Texts{});
 }
 
 TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
     Capture capture = captureAt(500'000);
     capture.nodes = {node("late", 500'090, 500'120.0), node("early", 500'010, 500'010.0)};
-    auto line = timeLineOf(capture);
-    EXPECT_FALSE(line->nodesStandApart);
+    auto line = lineOf(capture);
+    EXPECT_FALSE(line.nodesStandApart);
     EXPECT_EQ(show(line, Lane::Kind::kNode), (Texts{"10-10 early", "90-120 late"}));
-    EXPECT_EQ(line->length, 120 * kMs);
+    EXPECT_EQ(line.length, 120 * kMs);
 
     capture.removed = 900'000 * kMs;
     const auto standApart = [&](double start) {
         capture.nodes = {node("node", start, std::nullopt)};
-        return timeLineOf(capture)->nodesStandApart;
+        return lineOf(capture).nodesStandApart;
     };
     EXPECT_TRUE(standApart(439'000));
     EXPECT_FALSE(standApart(441'000));
@@ -128,8 +134,8 @@ TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
 
     capture = captureAt(500'000);
     capture.nodes = {node("before", 499'990, 500'010.0)};
-    line = timeLineOf(capture);
-    EXPECT_EQ(line->start, 499'990 * kMs);
+    line = lineOf(capture);
+    EXPECT_EQ(line.start, 499'990 * kMs);
     EXPECT_EQ(show(line, Lane::Kind::kNode), Texts{"0-20 before"});
     EXPECT_EQ(show(line, Lane::Kind::kCapture),
               Texts{"10-110 to the flush, 110-120 after the flush"});
@@ -138,26 +144,26 @@ TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
 TEST(TimeLine, LeavesOutNodesThatAreOnlyListed) {
     Capture capture = captureAt(500'000);
     capture.nodes = {node("listed", 0, std::nullopt), node("ran", 500'010, 500'020.0)};
-    EXPECT_EQ(show(timeLineOf(capture), Lane::Kind::kNode), Texts{"10-20 ran"});
+    EXPECT_EQ(show(lineOf(capture), Lane::Kind::kNode), Texts{"10-20 ran"});
     capture.nodes = {node("listed", 0, std::nullopt), node("ran", 10, 20.0)};
-    EXPECT_EQ(show(timeLineOf(capture), Lane::Kind::kNode), Texts{"0-10 ran"});
+    EXPECT_EQ(show(lineOf(capture), Lane::Kind::kNode), Texts{"0-10 ran"});
 }
 
 TEST(TimeLine, LetsNodesOfAnotherClockBeginWithIt) {
     Capture capture = captureAt(500'000);
     capture.nodes = {node("a", 400'000, 400'030.0), node("b", 400'020, 400'200.0)};
-    auto line = timeLineOf(capture);
-    EXPECT_TRUE(line->nodesStandApart);
+    auto line = lineOf(capture);
+    EXPECT_TRUE(line.nodesStandApart);
     EXPECT_EQ(show(line, Lane::Kind::kNode), (Texts{"0-30 a", "20-200 b"}));
-    EXPECT_EQ(line->start, 500'000 * kMs);
-    EXPECT_EQ(line->length, 200 * kMs);
+    EXPECT_EQ(line.start, 500'000 * kMs);
+    EXPECT_EQ(line.length, 200 * kMs);
 
     capture = Capture();
     capture.nodes = {node("alone", 40, 70.0)};
-    line = timeLineOf(capture);
-    EXPECT_TRUE(line->nodesStandApart);
-    EXPECT_FALSE(line->start);
-    EXPECT_EQ(line->nodesStart, 40 * kMs);
+    line = lineOf(capture);
+    EXPECT_TRUE(line.nodesStandApart);
+    EXPECT_FALSE(line.start);
+    EXPECT_EQ(line.nodesStart, 40 * kMs);
     EXPECT_EQ(show(line, Lane::Kind::kNode), Texts{"0-30 alone"});
 }
 
@@ -177,10 +183,10 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
     capture.findings = {{FindingKind::kNodeError, "", "negative", {}, {}},
                         {FindingKind::kVendorError, "", "open", {}, {}}};
     // "zero" starts before the clock's minute, so the nodes' clock is another.
-    auto line = timeLineOf(capture);
-    EXPECT_TRUE(line->nodesStandApart);
+    auto line = lineOf(capture);
+    EXPECT_TRUE(line.nodesStandApart);
     capture.nodes.pop_back();
-    line = timeLineOf(capture);
+    line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kNode),
               (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless", "5-5 huge",
                      "6-6 a day", "7-7 no start"}));
@@ -193,12 +199,12 @@ TEST(TimeLine, HasALaneForEachThreadInTheOrderOfTheirFirstCalls) {
                      call("hand", 5006 * kMs, "hand", 0),  call("far", kDay * 3, "far", 9)};
     capture.calls.push_back(call("last", 5060 * kMs, "renamed", 7));
     capture.calls[2].hadEffect = false;
-    const auto line = timeLineOf(capture);
+    const auto line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kThread),
               (Texts{"5-5 main", "6-6 hand", "10-10 first, 50-50 second, 60-60 last",
                      "10-10 third!"}));
-    EXPECT_EQ(line->lanes[3].name, "early");
-    EXPECT_EQ(line->lanes[3].tid, 7);
+    EXPECT_EQ(line.lanes[3].name, "early");
+    EXPECT_EQ(line.lanes[3].tid, 7);
 }
 
 TEST(TimeLine, MarksFailuresAndFlushesByTime) {
@@ -211,8 +217,8 @@ TEST(TimeLine, MarksFailuresAndFlushesByTime) {
                         {FindingKind::kVendorError, "without time", "", {}, {}},
                         {FindingKind::kLate, "no failure", "", {}, 5050 * kMs}};
     Texts marks;
-    const auto line = timeLineOf(capture);
-    for (const Mark& mark : line->marks) {
+    const auto line = lineOf(capture);
+    for (const Mark& mark : line.marks) {
         marks.push_back(std::to_string(mark.at / kMs) + mark.name + (mark.isFailure ? "!" : ""));
     }
     EXPECT_EQ(marks, (Texts{"50vendor!", "100flush", "102error!", "105flush"}));
@@ -223,9 +229,9 @@ TEST(TimeLine, EndsOfTheNumbersDoNotOverflow) {
     capture.registered = std::numeric_limits<int64_t>::max() - kDay / 2;
     capture.flushed = std::numeric_limits<int64_t>::min();
     capture.nodes = {node("huge", 9.1e12, 9.1e12 + 5), node("first", -9.1e12, 9.1e12)};
-    const auto line = timeLineOf(capture);
-    EXPECT_EQ(line->start, 110 * kMs);
-    EXPECT_EQ(line->length, 0);
+    const auto line = lineOf(capture);
+    EXPECT_EQ(line.start, 110 * kMs);
+    EXPECT_EQ(line.length, 0);
     EXPECT_EQ(show(line, Lane::Kind::kNode), Texts{"0-0 first"});
 }
 

@@ -132,13 +132,9 @@ TEST_F(TraceTest, WritesEachLaneAsAThread) {
     const Session session = madeSession(false);
     Capture noTimes;
     noTimes.name = "none";
-    Capture nodesOnly;
-    nodesOnly.number = 4;
-    nodesOnly.name = "nodes";
-    nodesOnly.nodes = completeCapture().nodes;
     Trace trace(path("trace"));
     trace.add(noTimes, session);
-    trace.add(nodesOnly, session);
+    trace.add(nodesOnlyCapture(), session);
     trace.add(completeCapture(), session);
     Capture early;
     early.number = 1;

@@ -20,6 +20,9 @@ from browser import start_browser
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 MAKE_VIEWS, REPLAY, RECORDING, RESULTS = (pathlib.Path(each).resolve() for each in sys.argv[1:5])
+COLOURS = {"failed": (204, 47, 58), "after": (169, 195, 230), "stage": (77, 156, 134),
+           "no-effect": (168, 95, 0)}
+CTRL = 2  # as the browser's protocol numbers it
 MISLEADING = "[\x00-\x09\x0b-\x1f\x7f-\x9f\u061c\u200b-\u200f\u2028-\u202e\u2060-\u206f\ufeff]"
 
 
@@ -127,7 +130,7 @@ class PageTest(unittest.TestCase):
     def test_a_node_that_timed_out(self):
         self.open(play(PROJECT / "scenarios" / "night-shot.jsonl"))
         self.choose(1)
-        self.assertIn("failed", self.rows("Captures")[0])
+        self.assertEqual(self.find("#list td.failed").text, "failed")
         fusion = next(row for row in self.rows("Nodes") if row[0] == "fusion")
         self.assertEqual(fusion[:5],
                          ["fusion", "77125903", "-1 (timed out)", "77135903", "10000"])
@@ -145,20 +148,26 @@ class PageTest(unittest.TestCase):
         self.screenshot("recorded")
 
     def test_all_of_a_capture(self):
-        self.open(make("complete", 1))
-        self.assertRegex(self.text("totals"), r"^1 capture · 1 failed · 2 calls without effect · "
+        self.open(make("complete", 2))
+        self.assertRegex(self.text("totals"), r"^2 captures · 1 failed · 2 calls without effect · "
                          r"from 2026-05-28T20:26:45\.000Z$")
         session = self.find("#session div").text
         for text in ("made.jsonl, folder/second.jsonl, third.jsonl", "12 calls", "collection: on",
                      'no capture "X"', "second.jsonl:4", "the log's end is missing"):
             self.assertIn(text, session)
-        self.assertEqual(self.rows("Captures"), [[
-            "3", "IMG</script>", "failed", "0, 3", "7", "100.007", "2", "mfnr", "30.5", "1", "1"]])
+        self.assertEqual(self.rows("Captures"), [
+            ["3", "IMG</script>", "failed", "0, 3", "7", "100.007", "2", "mfnr", "30.5", "1", "1"],
+            ["4", "nodes only", "", "not known", "not known", "not known", "2", "mfnr", "30.5",
+             "0", "0"]])
+        self.assertEqual(self.spans("#overview"), ["IMG</script>: at 0 ms, 110 ms, failed",
+                                                   "nodes only: at 0 ms, 40 ms"])
         self.choose(1)
-        self.assertEqual(self.find("#capture dl").text.split("\n"), [
-            "Process", "hal", "Number", "3", "Cameras", "0, 3", "Algorithms", "mfnr, fusion",
-            "Registered", "at 0 ms", "Flushed", "at 100.007 ms", "Removed", "no",
-            "To the flush", "100.007 ms"])
+        facts = self.run("return Array.from(document.querySelectorAll('#capture dl div'), "
+                         "fact => Array.from(fact.children, part => part.textContent))")
+        self.assertEqual(facts, [
+            ["Process", "hal"], ["Number", "3"], ["Cameras", "0, 3"],
+            ["Algorithms", "mfnr, fusion"], ["Registered", "at 0 ms"],
+            ["Flushed", "at 100.007 ms"], ["Removed", "no"], ["To the flush", "100.007 ms"]])
         self.assertEqual(self.find("#capture .findings").text.split("\n"), [
             "node error mfnr · made.jsonl:9", "too late updateUIInfo · second.jsonl:8", "cut"])
         self.assertEqual(self.rows("Nodes"), [
@@ -177,19 +186,44 @@ class PageTest(unittest.TestCase):
             ["105 ms", "", "1", "1022, 10000", ""]])
         self.assertEqual(self.rows("Calls"), [
             ["20 ms", "updateUIInfo", "algo (9)", "none", "second.jsonl:8"],
-            ["not known", "updateFrameInfo", "", "", ""]])
-        self.assertEqual(self.spans(), [
+            ["not known", "updateFrameInfo", "", "", ""],
+            ["60 ms", "late", "(10)", "", ""], ["10 ms", "early", "cam (10)", "", ""],
+            ["15 ms", "byHand", "hand", "", ""], ["16 ms", "byOther", "other", "", ""],
+            ["200,000,000 ms", "farAway", "far", "", ""]])
+        self.assertEqual(
+            self.find("#capture canvas").get_attribute("aria-label"),
+            "Time line of IMG</script>: capture, stages, mfnr, fusion, calls of cam (10), "
+            "calls of hand, calls of other, calls of algo (9)")
+        self.assertEqual(self.spans("#capture"), [
             "to the flush: at 0 ms, 100.007 ms, failed", "2request_to_vendor: at 0 ms, 5 ms",
-            "mfnr: at 10 ms, 30.5 ms, failed", "updateUIInfo: at 20 ms, failed",
-            "fusion: at 50 ms, failed", "after the flush: at 100.007 ms, 9.993 ms"])
+            "mfnr: at 10 ms, 30.5 ms, failed", "early: at 10 ms", "byHand: at 15 ms",
+            "byOther: at 16 ms", "updateUIInfo: at 20 ms, failed", "fusion: at 50 ms, failed",
+            "late: at 60 ms", "after the flush: at 100.007 ms, 9.993 ms"])
+        colours = self.colours("#capture")
+        for name, colour in COLOURS.items():
+            self.assertIn(colour, colours, name)
 
-    def spans(self):
-        """What the chosen capture's time line says while the arrow goes through it."""
-        canvas = self.find("#capture canvas")
+    def colours(self, selector):
+        """That are on the canvas, as red, green and blue."""
+        return {tuple(colour) for colour in self.browser.execute_script("""
+            const canvas = document.querySelector(arguments[0]);
+            const {data} = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
+            const colours = new Set();
+            for (let i = 0; i < data.length; i += 4) {
+              if (data[i + 3] === 255) {
+                colours.add(`${data[i]} ${data[i + 1]} ${data[i + 2]}`);
+              }
+            }
+            return Array.from(colours, text => text.split(" ").map(Number));""",
+                                                                  f"{selector} canvas")}
+
+    def spans(self, chart):
+        """What a time line says while the arrow goes through it."""
+        canvas = self.find(f"{chart} canvas")
         said = []
         for _ in range(100):
             canvas.send_keys(Keys.ARROW_DOWN)
-            text = self.find("#capture .about").text
+            text = self.find(f"{chart} .about").text
             if said and said[-1] == text:
                 return said
             said.append(text)
@@ -208,7 +242,7 @@ class PageTest(unittest.TestCase):
         self.screenshot("hostile")
         self.check_harmless()
         self.assertIn("</script><script>window.broken=1</script>", self.names())
-        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated", self.names())
+        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated\\u{2069}", self.names())
         self.assertTrue(any(name.endswith("… (1048576 characters)") for name in self.names()))
         for number in range(1, 15):
             self.choose(number)
@@ -264,19 +298,21 @@ class PageTest(unittest.TestCase):
         self.open(make("ordinary", 1000))
         self.assertEqual(self.text("shown"), "1000 of 1000 shown")
         bars = self.picture("#overview")
-        self.find("#name").send_keys("_77")
+        self.find("#name").send_keys("burst_20261121_101500_77")
         self.assertEqual(self.text("shown"), "11 of 1000 shown")
         self.assertEqual(self.names()[:2], ["BURST_20261121_101500_77", "BURST_20261121_101500_770"])
         self.assertNotEqual(self.picture("#overview"), bars)
+        self.find("#overview canvas").send_keys(Keys.ARROW_DOWN, Keys.ARROW_DOWN)
+        self.assertIn("BURST_20261121_101500_770: at", self.find("#overview .about").text)
         Select(self.find("#mode")).select_by_visible_text("7")
         self.assertEqual(self.text("shown"), "3 of 1000 shown")
         self.find("#filters button[type=reset]").click()
         self.wait_for(lambda: self.text("shown") == "1000 of 1000 shown")
-        self.assertEqual(self.picture("#overview"), bars)
         self.find("#failed").click()
         self.assertEqual(self.text("shown"), "20 of 1000 shown")
+        self.find("#failed").click()
         self.find("#no-effect").click()
-        self.assertEqual(self.text("shown"), "20 of 1000 shown")
+        self.assertEqual(self.text("shown"), "32 of 1000 shown")
         self.find("#slow-capture").send_keys("331")
         self.assertEqual(self.text("shown"), "0 of 1000 shown")
         self.assertEqual(self.names(), [])
@@ -311,6 +347,12 @@ class PageTest(unittest.TestCase):
         self.press(Keys.END, Keys.ENTER)
         self.assertEqual(self.text("capture-title"), "BURST_20261121_101500_10000")
         self.screenshot("ten-thousand")
+        self.find("#list .scroll").click()
+        self.press(Keys.END)
+        self.assertEqual(self.run("return document.activeElement.dataset.row"), "9999")
+        self.run("document.querySelector('#list .scroll').scrollTop = 0")
+        self.wait_for(lambda: self.names()[0].endswith("_1"))
+        self.assertEqual(self.run("return document.activeElement.className"), "scroll")
         self.find("#name").send_keys("_9999")
         self.assertEqual(self.names(), ["BURST_20261121_101500_9999"])
 
@@ -365,22 +407,28 @@ class PageTest(unittest.TestCase):
         self.open(make("ordinary", 200))
         canvas = self.find("#overview canvas")
         whole = self.picture("#overview")
-        ActionChains(self.browser).move_to_element(canvas).key_down(Keys.CONTROL).perform()
-        self.wheel(canvas, -600)
-        ActionChains(self.browser).key_up(Keys.CONTROL).perform()
+        self.wheel(canvas, -600, CTRL)
         self.wait_for(lambda: self.picture("#overview") != whole)
         zoomed = self.picture("#overview")
         ActionChains(self.browser).drag_and_drop_by_offset(canvas, 200, 0).perform()
         self.assertNotEqual(self.picture("#overview"), zoomed)
+        moved = self.picture("#overview")
+        self.wheel(canvas, 300, 0)  # without Ctrl it is the page's
+        self.wait_for(lambda: self.run("return scrollY > 0"))
+        self.assertEqual(self.picture("#overview"), moved)
         self.find("#overview button[aria-label='Show all the time']").click()
         self.assertEqual(self.picture("#overview"), whole)
-        self.wheel(canvas, 100)  # without Ctrl it is the page's
-        self.assertEqual(self.picture("#overview"), whole)
-        ActionChains(self.browser).move_to_element_with_offset(
-            canvas, -canvas.size["width"] // 2 + 6, -canvas.size["height"] // 2 + 26).perform()
+        self.hover(canvas, 12, 46)
+        self.assertIn("BURST_20261121_101500_2: at 35 ms", self.find("#overview .about").text)
+        self.hover(canvas, 6, 26)
         self.assertIn("BURST_20261121_101500_1: at 0 ms", self.find("#overview .about").text)
         ActionChains(self.browser).click().perform()
         self.assertEqual(self.text("capture-title"), "BURST_20261121_101500_1")
+
+    def hover(self, canvas, x, y):
+        size = canvas.size
+        ActionChains(self.browser).move_to_element_with_offset(
+            canvas, x - size["width"] // 2, y - size["height"] // 2).perform()
 
     def middle(self, canvas):
         box = self.browser.execute_script(
@@ -388,9 +436,8 @@ class PageTest(unittest.TestCase):
             "return [box.left + box.width / 2, box.top + box.height / 2]", canvas)
         return [float(each) for each in box]
 
-    def wheel(self, canvas, delta):
+    def wheel(self, canvas, delta, modifiers):
         x, y = self.middle(canvas)
-        modifiers = 2 if delta < 0 else 0  # Ctrl
         self.browser.execute_cdp_cmd("Input.dispatchMouseEvent", {
             "type": "mouseWheel", "x": x, "y": y, "deltaX": 0, "deltaY": delta,
             "modifiers": modifiers})

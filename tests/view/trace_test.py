@@ -12,6 +12,8 @@ import unittest
 from decimal import Decimal
 
 COMMAND = sys.argv[2:]  # that writes views of made captures
+REPLAY = [*COMMAND[:-1], os.environ["REPLAY"]]
+SCENARIOS = pathlib.Path(__file__).resolve().parents[2] / "scenarios"
 RANKS = {"capture": 0, "stages": 1, "node": 2, "calls": 3, "errors": 4}
 MISLEADING = {chr(code) for code in (0x61C, *range(0x200B, 0x2010), *range(0x2028, 0x202F),
                                      *range(0x2060, 0x2070), 0xFEFF)}
@@ -110,7 +112,7 @@ class Trace(unittest.TestCase):
         names = [event["args"]["name"] for event in trace["traceEvents"]
                  if event["name"] == "process_name"]
         self.assertIn("N" * 2**20, names)
-        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated", names)
+        self.assertIn("\\u{202e}gnp.eman\\u{202c} and \\u{2066}isolated\\u{2069}", names)
 
     def test_trace_of_ordinary_captures(self):
         trace = self.made("ordinary", 100)
@@ -122,7 +124,37 @@ class Trace(unittest.TestCase):
                          [35000 * number for number in range(100)])
         kinds = collections.Counter(event["cat"] for event in events if event["ph"] != "M")
         self.assertEqual(kinds, {"capture": 198, "capture,failed": 2, "stage": 800, "node": 800,
-                                 "call": 3398, "call,failed": 2, "flush": 100, "error,failed": 2})
+                                 "call": 3397, "call,failed": 3, "flush": 100, "error,failed": 2})
+
+    def test_trace_of_scenarios(self):
+        processes = {}
+        for log in SCENARIOS.glob("*.jsonl"):
+            with tempfile.TemporaryDirectory() as folder:
+                path = pathlib.Path(folder, "trace.json")
+                subprocess.run([*REPLAY, log, "--quiet", "--trace", path], check=True,
+                               stderr=subprocess.DEVNULL)
+                events = self.checked(path.read_text("utf-8"))["traceEvents"]
+            processes[log.stem] = [event["args"]["name"] for event in events
+                                   if event["name"] == "process_name"]
+        self.assertEqual(sorted(processes["burst-of-eight"]),
+                         [f"BURST_20260502_183007_{number}" for number in range(1, 9)])
+        self.assertEqual(processes["night-shot"], ["NIGHT_20260108_224519", "NIGHT_20260108_224523"])
+        self.assertEqual(processes["switched-off"], [])
+
+    def test_files_that_cannot_be_written(self):
+        with tempfile.TemporaryDirectory() as folder:
+            log = pathlib.Path(folder, "log.jsonl")
+            log.write_bytes((SCENARIOS / "plain-shot.jsonl").read_bytes())
+            for option in ("--trace", "--html"):
+                for path, complaint in ((log, "has been read, and would be overwritten"),
+                                        (f"{folder}/none/x", "cannot be opened for writing"),
+                                        ("-", "please name a file")):
+                    run = subprocess.run([*REPLAY, log, "--quiet", option, path], text=True,
+                                         stderr=subprocess.PIPE, check=False)
+                    self.assertEqual(run.returncode, 2, run.stderr)
+                    self.assertIn(complaint, run.stderr)
+            self.assertEqual(os.listdir(folder), ["log.jsonl"])
+            self.assertEqual(log.read_bytes(), (SCENARIOS / "plain-shot.jsonl").read_bytes())
 
 
 if __name__ == "__main__":

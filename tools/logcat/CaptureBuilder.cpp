@@ -50,6 +50,7 @@ void addAtEnd(OpenCapture& open, FindingKind kind, const char* text) {
 OpenCapture& CaptureBuilder::open(Process& process, const Entry& entry) {
     OpenCapture& made = process.captures[entry.message.name];
     made.isNameCut = entry.message.isNameCut;
+    process.hasCutNames = process.hasCutNames || made.isNameCut;
     made.capture.number = ++mCaptures;
     made.capture.name = entry.message.name;
     made.firstPlace = entry.place;

@@ -63,7 +63,8 @@ bool takeTimeOfDay(Cursor& cursor, LogTime& time) {
         return false;
     }
     time.nanoseconds = (hours * 3600 + minutes * 60 + seconds) * kNanoseconds;
-    return !cursor.take(".") || takeFraction(cursor, time.nanoseconds);
+    time.hasFraction = cursor.take(".");
+    return !time.hasFraction || takeFraction(cursor, time.nanoseconds);
 }
 
 void takeZone(Cursor& cursor, LogTime& time) {

@@ -18,6 +18,7 @@ struct LogTime {
     int64_t month = 1;
     int64_t day = 1;
     int64_t nanoseconds = 0;             // since midnight, 1970 or the phone's start
+    bool hasFraction = true;             // of a second
     std::optional<int64_t> zoneMinutes;  // east of UTC
 };
 

@@ -183,6 +183,7 @@ view::Time LogcatReader::timeOf(const std::optional<LogTime>& time) {
     const bool isDate = time->kind == LogTime::Kind::kDate;
     mAbout.lacksYear = mAbout.lacksYear || (isDate && !time->year);
     mAbout.lacksZone = mAbout.lacksZone || (isDate && !time->zoneMinutes);
+    mAbout.lacksFraction = mAbout.lacksFraction || !time->hasFraction;
     return mCalendar.toNanoseconds(*time);
 }
 
@@ -198,8 +199,8 @@ void LogcatReader::addNotes(const std::string& source) {
     };
     note(mAbout.messages == 0, "there are no lines of the library");
     note(mAbout.lacksYear, "its lines have no year; the log's date gives it");
-    note(mAbout.lacksZone,
-         "its lines have no time zone; their times are the phone's own, shown as UTC");
+    note(mAbout.lacksZone, "its lines have no time zone; what is called UTC is the phone's time");
+    note(mAbout.lacksFraction, "its times are whole seconds");
     note(mAbout.lacksTime, "some of its lines have no time");
     note(mAbout.hasOtherClock,
          "some of its times are of another clock than the first, and left out");

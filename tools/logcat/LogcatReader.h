@@ -52,6 +52,7 @@ class LogcatReader {
         uint64_t messages = 0;
         bool lacksYear = false;
         bool lacksZone = false;
+        bool lacksFraction = false;
         bool lacksTime = false;
         bool hasOtherClock = false;
     };

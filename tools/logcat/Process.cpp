@@ -19,6 +19,9 @@ OpenCapture* Process::find(const Message& message) {
     if (position != captures.end()) {
         return &position->second;
     }
+    if (!message.isNameCut && !hasCutNames) {
+        return nullptr;
+    }
     const auto sameBeginning =
             std::find_if(captures.begin(), captures.end(), [&](const auto& each) {
                 const auto& [name, open] = each;

@@ -61,6 +61,7 @@ class Process {
     int32_t pid = 0;
     std::map<int32_t, Thread> threads;
     std::map<std::string, OpenCapture> captures;
+    bool hasCutNames = false;  // among those of the captures, or had
     Service service = Service::kNotKnown;
 
     // The capture that a message names, or null. A name whose end is missing is taken for the

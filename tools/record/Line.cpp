@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include "RequestRecord.h"
@@ -261,7 +262,8 @@ void Line::grow(size_t count) {
 
 void Line::shrinkTo(size_t capacity) {
     if (mText.size() > capacity) {
-        *this = Line();
+        std::string().swap(mText);  // assigned an empty one, it may keep its memory
+        mSize = 0;
     }
 }
 

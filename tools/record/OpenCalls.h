@@ -45,7 +45,7 @@ class OpenCalls {
     void remove(const OpenCall* open) {
         const auto position = mCalls.begin() + (open - begin());
         if (position->image.capacity() > kMostKeptBytes) {
-            position->image = std::string();
+            std::string().swap(position->image);  // assigned an empty one, it may keep its memory
         }
         std::rotate(position, position + 1, mCalls.begin() + static_cast<ptrdiff_t>(mCount));
         --mCount;

@@ -14,7 +14,6 @@
 #include "InfoSynchronizerManager.h"
 #include "Line.h"
 #include "Lines.h"
-#include "Order.h"
 #include "RealLibrary.h"
 #include "Recorder.h"
 #include "Recording.h"
@@ -190,7 +189,7 @@ void* noManager() {
 // Something to refer to. None of the operations that do nothing looks at it.
 Manager& emptyManager() {
     alignas(Manager) static char memory[sizeof(Manager)];
-    return *static_cast<Manager*>(static_cast<void*>(memory));
+    return *reinterpret_cast<Manager*>(memory);
 }
 
 // What `in` and `out` hold is known of the types that the library knows.

@@ -1,7 +1,9 @@
 #include "Order.h"
 
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <atomic>
 
@@ -9,6 +11,22 @@ namespace recording {
 namespace {
 
 thread_local Frame* innermostFrame = nullptr;
+
+// Not std::timed_mutex, which in a phone's C++ library is two objects. A phone that has the
+// floating-point std::to_chars, which the recorder needs as well, has pthread_mutex_clocklock.
+bool lockWithinASecond(pthread_mutex_t* mutex) {
+    timespec until{};
+#ifdef __SANITIZE_THREAD__  // does not know the function, and so not that the mutex is held
+    clock_gettime(CLOCK_REALTIME, &until);
+    until.tv_sec += 1;
+    return pthread_mutex_timedlock(mutex, &until) == 0;
+#else
+    // Not the C library's: at a desk that may tell a thread the time of a recording.
+    syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &until);
+    until.tv_sec += 1;
+    return pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &until) == 0;
+#endif
+}
 
 }  // namespace
 
@@ -19,11 +37,7 @@ bool Order::lock() {
     if (mIsStuck.load(std::memory_order_relaxed)) {
         return false;
     }
-    timespec until{};
-    clock_gettime(CLOCK_REALTIME, &until);
-    until.tv_sec += 1;
-    // Not std::timed_mutex, which in a phone's C++ library is two objects.
-    if (pthread_mutex_timedlock(mMutex.native_handle(), &until) == 0) {
+    if (lockWithinASecond(mMutex.native_handle())) {
         return true;
     }
     mIsStuck.store(true, std::memory_order_relaxed);

@@ -17,6 +17,7 @@
 
 #include <android/log.h>
 
+#include "Call.h"
 #include "InfoSynchronizer.h"
 #include "Lines.h"
 #include "Order.h"

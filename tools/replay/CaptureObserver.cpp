@@ -18,6 +18,7 @@
 #include "CaptureLog.h"
 #include "CollectionState.h"
 #include "Finding.h"
+#include "FindingList.h"
 #include "InfoSynchronizerManager.h"
 #include "LogCheck.h"
 #include "Observation.h"
@@ -74,15 +75,18 @@ void CaptureObserver::begin(Observation& observed) {
     }
 }
 
-// From here to the call's end, a registration or unregistration asks nobody.
+// From here to the call's end, a registration or unregistration asks nobody, and takes the queue's
+// mutex if collection is on.
 void CaptureObserver::answered(const std::string& key, const std::string* answer) {
     Observation* observed = Observation::current();
     if (observed == nullptr || key != kCollectionKey) {
         return;
     }
-    observed->call.serviceThrew = answer == nullptr;
-    observed->call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
-    if (asksOnly(observed->call.kind) && !observed->lock.owns_lock()) {
+    ObservedCall& call = observed->call;
+    call.serviceThrew = answer == nullptr;
+    call.answer = answer != nullptr ? std::optional(*answer) : std::nullopt;
+    const bool isOn = !switchThatIsOff(call.answer, call.serviceThrew);
+    if (asksOnly(call.kind) && isOn && !observed->lock.owns_lock()) {
         observed->lock.lock();
     }
 }
@@ -338,6 +342,11 @@ TrackedCapture& CaptureObserver::track(const std::string& name, const RecordPoin
 void CaptureObserver::handOn(TrackedCapture& capture) {
     takeReports(capture);
     mFlushed.forget(capture.record().get());
+    if (capture.callsLeftOut() != 0) {
+        mSession.notes.push_back(shortened(capture.name()) + ": " +
+                                 std::to_string(capture.callsLeftOut()) +
+                                 " more calls are not shown");
+    }
     if (mViewThrew != nullptr) {
         return;
     }

@@ -20,34 +20,60 @@ bool isSwitched(const CaptureStep& call) {
 }  // namespace
 
 void LastCalls::add(const CaptureStep& step, uint64_t line) {
-    Last& last = mThreads[step.tid.value_or(0)];
-    if (step.kind == CaptureStep::Kind::kAnswer) {
-        if (last.number == step.number) {
-            last.inside = line;
-            last.mayAsk = false;
-            last.gate = step.unordered ? kNone : last.gate;
-        }
-    } else {
-        const bool switched = isSwitched(step);
-        last.call = {line, step.operation, step.thread, step.tid.value_or(0)};
-        last.number = step.number;
-        last.gate = step.operation == "request" || step.unordered ? kNone
-                    : step.onOtherManager && !switched            ? kOther
-                                                                  : kMain;
-        last.inside = line;
-        last.mayAsk = mAsking && switched;
+    std::vector<Last>& open = mThreads[step.tid.value_or(0)];
+    const Gate gate = step.kind == CaptureStep::Kind::kAnswer ? goOn(open, step, line)
+                                                              : begin(open, step, line);
+    if (gate != kNone) {
+        mLastInside[gate] = line;
     }
-    if (last.gate != kNone) {
-        mLastInside[last.gate] = last.inside;
+}
+
+LastCalls::Gate LastCalls::begin(std::vector<Last>& open, const CaptureStep& step, uint64_t line) {
+    while (!open.empty() && !open.back().mayAsk) {
+        open.pop_back();
     }
+    if (open.size() == kMostOpen) {
+        open.erase(open.begin());
+    }
+    const bool switched = isSwitched(step);
+    const bool isRequest = step.operation == "request";
+    Last& last = open.emplace_back();
+    last.call = {line, step.operation, step.thread, step.tid.value_or(0)};
+    last.number = step.number;
+    last.isRequest = isRequest;
+    last.gate = isRequest || step.unordered        ? kNone
+                : step.onOtherManager && !switched ? kOther
+                                                   : kMain;
+    last.inside = line;
+    last.mayAsk = mAsking && (switched || isRequest);
+    return last.gate;
+}
+
+// What the thread has begun since the call asked has returned. The call's own line may be in an
+// earlier file.
+LastCalls::Gate LastCalls::goOn(std::vector<Last>& open, const CaptureStep& step, uint64_t line) {
+    while (!open.empty() && open.back().number != step.number) {
+        open.pop_back();
+    }
+    if (open.empty()) {
+        return kNone;
+    }
+    Last& last = open.back();
+    last.inside = line;
+    last.mayAsk = false;
+    last.gate = last.isRequest || step.unordered ? kNone : kMain;
+    return last.gate;
 }
 
 std::vector<LastCalls::Call> LastCalls::unfinished() const {
     std::vector<Call> calls;
-    for (const auto& [tid, last] : mThreads) {
-        const bool known = last.call.line != 0;
+    for (const auto& [tid, open] : mThreads) {
+        if (open.empty()) {
+            continue;
+        }
+        const Last& last = open.back();
         const bool outside = last.gate == kNone || last.mayAsk;
-        if (known && (outside || last.inside == mLastInside[last.gate])) {
+        if (outside || last.inside == mLastInside[last.gate]) {
             calls.push_back(last.call);
         }
     }

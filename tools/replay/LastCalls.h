@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -38,13 +39,22 @@ class LastCalls {
         Call call;
         Gate gate = kNone;
         uint64_t number = 0;
+        bool isRequest = false;
         uint64_t inside = 0;  // the last line at which the call was inside its gate
         bool mayAsk = false;  // and may have been outside after that
     };
 
+    // Of one thread: its last call, and before it those that it may lie in, because they may be
+    // asking the service. Not all of these, since an answer that is no news has no line.
+    static constexpr size_t kMostOpen = 8;
+
+    // Both return what the call is inside of from this line on.
+    Gate begin(std::vector<Last>& open, const CaptureStep& step, uint64_t line);
+    static Gate goOn(std::vector<Last>& open, const CaptureStep& step, uint64_t line);
+
     bool mAsking;
-    std::map<int32_t, Last> mThreads;  // by their ids
-    uint64_t mLastInside[kNone] = {};  // by gate
+    std::map<int32_t, std::vector<Last>> mThreads;  // by their ids
+    uint64_t mLastInside[kNone] = {};               // by gate
 };
 
 }  // namespace replay

@@ -70,8 +70,10 @@ void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
     std::string format;
     std::string version;
     readValue(line["format"], format, Path{nullptr, "format"}, errors);
-    if (format != kFormat) {
+    if (!errors.any() && format != kFormat) {
         errors.add(Path{nullptr, "format"}, "must be \"" + std::string(kFormat) + '"');
+    }
+    if (errors.any()) {
         return;
     }
     if (!line.contains("version")) {
@@ -79,7 +81,9 @@ void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
         return;
     }
     readValue(line["version"], version, Path{nullptr, "version"}, errors);
-    checkVersion(version, Path{nullptr, "version"}, errors);
+    if (!errors.any()) {
+        checkVersion(version, Path{nullptr, "version"}, errors);
+    }
     if (errors.any()) {
         return;  // of a newer version, only these two fields are known
     }

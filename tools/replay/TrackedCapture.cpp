@@ -27,7 +27,7 @@ namespace {
 
 using view::FindingKind;
 
-constexpr size_t kMostCalls = 100'000;
+constexpr size_t kMostCalls = 20'000;
 constexpr char kNotReturned[] = "not_return";
 
 int32_t idOf(const std::string& name) {
@@ -139,8 +139,6 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
             mTold.anchorFrame = true;
             break;
         case CallKind::kAllResults:
-            mResults.clear();
-            [[fallthrough]];
         case CallKind::kResult:
             for (const std::string& name : step.arguments.names) {
                 mResults[idOf(name)] = origin;

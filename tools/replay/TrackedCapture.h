@@ -41,6 +41,7 @@ class TrackedCapture {
 
     const std::shared_ptr<const Record>& record() const { return mRecord; }
     const DeskTimes& deskTimes() const { return mDeskTimes; }
+    const std::string& name() const { return mCapture.name; }
     uint64_t number() const { return mCapture.number; }
     bool isRegistered() const { return mCapture.isRegistered; }
     uint64_t registeredLine() const { return mRegistered.place.line; }
@@ -59,6 +60,9 @@ class TrackedCapture {
     void noteReport(ReportedRecord reported, bool isFlush);
     void noteFlushWithoutReport(const CaptureStep& step);
     void noteRemoval(const CaptureStep& step);
+
+    // Calls beyond twenty thousand, which are not kept.
+    uint64_t callsLeftOut() const { return mCallsLeftOut; }
 
     // The whole of it, once nothing more will come. To be called once.
     view::Capture complete();

@@ -106,6 +106,10 @@ Columns::Cells cellsOf(const Node& node) {
 }
 
 std::string nodesText(const Capture& capture, const TerminalStyle& style) {
+    if (capture.nodes.empty()) {
+        // A source that knows the record knows all of its nodes.
+        return sectionLine("nodes", capture.algorithms ? "none" : kNotKnown);
+    }
     constexpr auto kLeft = Columns::Side::kLeft;
     constexpr auto kRight = Columns::Side::kRight;
     constexpr auto kNever = Columns::Cut::kNever;
@@ -125,7 +129,7 @@ std::string nodesText(const Capture& capture, const TerminalStyle& style) {
         const Colour colour = node.isTimedOut() ? Colour::kRed : Colour::kNone;
         text += inColour(columns.line(cellsOf(node)), colour, style) + '\n';
     }
-    return capture.nodes.empty() ? sectionLine("nodes", "none") : text;
+    return text;
 }
 
 std::string resultsText(const Capture& capture) {

@@ -80,6 +80,7 @@ std::string placeText(const Place& place, const Session& session) {
 std::string findingLines(const std::vector<Finding>& findings, const Session& session,
                          size_t indent, const TerminalStyle& style) {
     std::vector<FindingLine> lines;
+    lines.reserve(findings.size());
     for (const Finding& finding : findings) {
         lines.push_back(lineOf(finding, "", session));
     }
@@ -120,6 +121,7 @@ void WorstFindings::add(const Capture& capture, const Session& session) {
 
 std::string WorstFindings::lines(size_t indent, const TerminalStyle& style) const {
     std::vector<FindingLine> lines;
+    lines.reserve(mEntries.size());
     for (const Entry& entry : mEntries) {
         lines.push_back({entry.weight, {entry.place, entry.name, entry.text}});
     }

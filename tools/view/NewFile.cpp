@@ -1,6 +1,7 @@
 #include "NewFile.h"
 
 #include <fcntl.h>   // open
+#include <stdio.h>   // fdopen
 #include <unistd.h>  // getpid, unlink
 
 #include <cerrno>

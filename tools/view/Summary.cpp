@@ -1,11 +1,13 @@
 #include "Summary.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,7 +16,6 @@
 #include "Columns.h"
 #include "Finding.h"
 #include "FindingText.h"
-#include "TerminalStyle.h"
 #include "TerminalText.h"
 
 namespace view {

@@ -1,5 +1,6 @@
 #include "TerminalStyle.h"
 
+#include <stdio.h>  // fileno
 #include <strings.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -24,6 +25,7 @@ std::string variable(const char* name) {
 
 size_t widthOf(std::FILE* file) {
     winsize size{};
+    // NOLINTNEXTLINE(misc-include-cleaner): sys/ioctl.h has the command
     if (ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col != 0) {
         return size.ws_col;
     }

@@ -154,28 +154,11 @@ std::string withoutEnd(const std::string& text, size_t width, const TerminalStyl
 }
 
 std::string inColour(const std::string& text, Colour colour, const TerminalStyle& style) {
-    const char* code = "";
-    switch (colour) {
-        case Colour::kNone:
-            return text;
-        case Colour::kBold:
-            code = "1";
-            break;
-        case Colour::kDim:
-            code = "2";
-            break;
-        case Colour::kRed:
-            code = "31";
-            break;
-        case Colour::kYellow:
-            code = "33";
-            break;
-        case Colour::kCyan:
-            code = "36";
-            break;
+    if (!style.colour || colour == Colour::kNone || text.empty()) {
+        return text;
     }
-    return !style.colour || text.empty() ? text
-                                         : std::string("\033[") + code + 'm' + text + "\033[0m";
+    const auto code = std::to_string(static_cast<int>(colour));
+    return "\033[" + code + 'm' + text + "\033[0m";
 }
 
 std::string milliseconds(double ms) {

@@ -30,7 +30,8 @@ size_t columnsOf(std::string_view text);
 std::string withoutMiddle(const std::string& text, size_t width, const TerminalStyle& style);
 std::string withoutEnd(const std::string& text, size_t width, const TerminalStyle& style);
 
-enum class Colour { kNone, kBold, kDim, kRed, kYellow, kCyan };
+// By the terminal's codes.
+enum class Colour { kNone = 0, kBold = 1, kDim = 2, kRed = 31, kYellow = 33, kCyan = 36 };
 
 std::string inColour(const std::string& text, Colour colour, const TerminalStyle& style);
 

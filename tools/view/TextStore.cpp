@@ -1,7 +1,6 @@
 #include "TextStore.h"
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int64_t kMs = 1'000'000;
 constexpr int64_t kMinute = 60'000 * kMs;
-constexpr int64_t kDay = 24 * 60 * kMinute;
+constexpr int64_t kDay = 1'440 * kMinute;
 
 bool areNear(int64_t one, int64_t other, int64_t limit) {
     const auto [least, most] = std::minmax(one, other);
@@ -49,11 +49,9 @@ bool hasFailed(const Capture& capture, const Node& node) {
 }
 
 // The time of a stage, which is told as milliseconds since the registration.
-Time timeOf(const Stage& stage, Time registered) {
-    if (!registered || !stage.isInstant() || stage.ms > kDay / kMs) {
-        return std::nullopt;
-    }
-    return *registered + stage.ms * kMs;
+Time timeOf(const Stage& stage, int64_t registered) {
+    return stage.isInstant() && stage.ms <= kDay / kMs ? Time(registered + stage.ms * kMs)
+                                                       : std::nullopt;
 }
 
 // All times of the session's clock, that of the registration first.
@@ -164,12 +162,12 @@ void Layout::addCapture() {
 
 void Layout::addStages() {
     const Time registered = usable(mCapture.registered);
-    if (!mCapture.stages) {
+    if (!registered || !mCapture.stages) {
         return;
     }
     std::vector<std::pair<int64_t, const Stage*>> instants;
     for (const Stage& stage : *mCapture.stages) {
-        if (const Time time = timeOf(stage, registered)) {
+        if (const Time time = timeOf(stage, *registered)) {
             instants.emplace_back(*time, &stage);
         }
     }
@@ -251,7 +249,8 @@ void Layout::addNodes() {
 void Layout::addThreads() {
     std::vector<Lane> lanes;
     for (const Call& call : mCapture.calls) {
-        if (!usable(call.at)) {
+        const Time at = usable(call.at);
+        if (!at) {
             continue;
         }
         auto lane = std::find_if(lanes.begin(), lanes.end(), [&](const Lane& each) {
@@ -261,7 +260,7 @@ void Layout::addThreads() {
             lane = lanes.insert(lane, {Lane::Kind::kThread, call.thread, call.tid, {}});
         }
         lane->name = lane->name.empty() ? call.thread : lane->name;
-        lane->spans.push_back({*call.at, *call.at, call.operation, !call.hadEffect, call.place});
+        lane->spans.push_back({*at, *at, call.operation, !call.hadEffect, call.place});
     }
     const auto isEarlier = [](const Span& one, const Span& other) {
         return one.begin < other.begin;
@@ -278,8 +277,8 @@ void Layout::addThreads() {
 }
 
 void Layout::addMark(Time at, const std::string& name, bool isFailure, const Place& place) {
-    if (usable(at)) {
-        mLine.marks.push_back({*at, name, isFailure, place});
+    if (const Time time = usable(at)) {
+        mLine.marks.push_back({*time, name, isFailure, place});
     }
 }
 

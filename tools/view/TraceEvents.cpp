@@ -1,5 +1,7 @@
 #include "TraceEvents.h"
 
+#include <stdio.h>  // getline, P_tmpdir
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // All that is known of one capture.
 
-/* global Chart, Table, element, timeText */
+/* global Chart, Table, element, shortText, timeText */
 /* exported CaptureView, findingList */
 
 const NOT_KNOWN = "not known";
@@ -63,8 +63,8 @@ class CaptureView {
     if (capture.raw.process !== undefined) {
       facts.unshift(["Process", capture.text(capture.raw.process)]);
     }
-    return element("dl", {}, facts.reduce((list, [name, text]) =>
-      list.concat(element("dt", {}, name), element("dd", {}, text)), []));
+    return element("dl", {}, facts.map(([name, text]) =>
+      element("div", {}, [element("dt", {}, name), element("dd", {}, text)])));
   }
 
   // True is an event whose time is not known.
@@ -88,7 +88,8 @@ class CaptureView {
       this.content.append(element("p", {class: "faint"},
         "The nodes' times are of another clock: the first of them begins with the time line."));
     }
-    const chart = new Chart(this.content, {label: `Time line of ${capture.name}`, hasLabels: true});
+    const label = `Time line of ${shortText(capture.name, 200)}`;
+    const chart = new Chart(this.content, {label, hasLabels: true});
     const rows = capture.lanes.map(lane => ({
       name: lane.name,
       spans: lane.spans.map((span, index) => ({...span, kind: this.kindOf(lane, index)})),
@@ -152,7 +153,7 @@ class CaptureView {
     this.add(parent, "Calls", [
       text("At", row => momentText(row.at)),
       text("Call", row => row.operation),
-      text("Thread", row => row.tid === 0 ? row.thread : `${row.thread} (${row.tid})`),
+      text("Thread", row => `${row.thread} ${row.tid === 0 ? "" : `(${row.tid})`}`.trim()),
       text("Effect", row => row.hadEffect ? "" : "none", () => "no-effect"),
       place,
     ], capture.calls, false, true);

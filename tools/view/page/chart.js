@@ -19,7 +19,8 @@ function firstVisible(spans, time) {
 }
 
 class Chart {
-  // `parent` gets the canvas. `options`: label, height, hasLabels, onPick(span).
+  // `parent` gets the canvas. `options`: label, and perhaps mostHeight, hasLabels, isDim(span) and
+  // onPick(span).
   constructor(parent, options) {
     this.options = options;
     this.rows = [];
@@ -76,13 +77,17 @@ class Chart {
     this.length = Math.max(length, SHORTEST_VIEW);
     this.sorted = null;
     this.current = null;
+    const names = rows.map(row => shortText(row.name, 80)).join(", ");
+    this.canvas.setAttribute("aria-label",
+      this.options.hasLabels ? `${this.options.label}: ${names}` : this.options.label);
     this.resize();
     this.showAll();
   }
 
   resize() {
     const ratio = devicePixelRatio || 1;
-    const height = AXIS_HEIGHT + (this.options.height || this.rows.length * 20 + 4);
+    const height = AXIS_HEIGHT + Math.min(this.options.mostHeight || Infinity,
+      Math.max(1, this.rows.length) * 20 + 4);
     this.width = this.canvas.clientWidth || 600;
     this.height = height;
     this.canvas.width = Math.round(this.width * ratio);

@@ -125,14 +125,16 @@ class Capture {
       }
       const key = call.tid === 0 ? `name ${call.thread}` : `tid ${call.tid}`;
       if (!lanes.has(key)) {
-        const name = call.thread === "" ? "calls" : `calls of ${call.thread}`;
-        lanes.set(key, {kind: "call", name: call.tid === 0 ? name : `${name} (${call.tid})`, spans: []});
+        lanes.set(key, {kind: "call", thread: "", tid: call.tid, spans: []});
       }
-      lanes.get(key).spans.push({begin: call.at, end: call.at, failed: !call.hadEffect,
-        name: call.operation});
+      const lane = lanes.get(key);
+      lane.thread = lane.thread || call.thread;
+      lane.spans.push({begin: call.at, end: call.at, failed: !call.hadEffect, name: call.operation});
     }
     const sorted = Array.from(lanes.values());
     for (const lane of sorted) {
+      lane.name = ["calls", lane.thread && `of ${lane.thread}`, lane.tid && `(${lane.tid})`]
+        .filter(part => part).join(" ");
       lane.spans.sort((one, other) => one.begin - other.begin);
     }
     return sorted.sort((one, other) => one.spans[0].begin - other.spans[0].begin);

@@ -97,7 +97,7 @@ class Page {
   addOverview() {
     this.overview = new Chart(byId("overview"), {
       label: "All captures on one time axis",
-      height: OVERVIEW_HEIGHT,
+      mostHeight: OVERVIEW_HEIGHT,
       isDim: span => !this.shown.has(span.capture),
       onPick: span => this.choose(span.capture),
     });
