@@ -43,6 +43,7 @@ void addOptions(CLI::App& app, Settings& settings) {
             ->type_name("NAME")
             ->allow_extra_args(false);
     view::addViewOptions(app, settings.views);
+    app.get_option("--stats")->excludes(app.get_option("--image"));
     app.add_flag("--printable", settings.isPrintable,
                  "The logs were written by logcat -v printable; bug reports say so themselves");
     app.add_flag("--quiet", settings.views.quiet, "Nothing on the terminal");

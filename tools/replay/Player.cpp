@@ -29,8 +29,8 @@ namespace {
 // What is to be shown needs an observer; without one the log is played quicker.
 bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
     const view::ViewOptions& view = options.view;
-    return options.records || view.failOnFindings || !view.trace.empty() || !view.html.empty() ||
-           !view.rows.folder.empty() || (terminal != nullptr && !view.quiet);
+    return options.records || view.failOnFindings || view.stats || !view.trace.empty() ||
+           !view.html.empty() || !view.rows.folder.empty() || (terminal != nullptr && !view.quiet);
 }
 
 ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,

@@ -105,7 +105,8 @@ struct NodeRow {
     Text device;
     Text build;
     Whole camMode;
-    Text name;  // of the capture
+    Text name;                              // of the capture
+    std::optional<Nanoseconds> registered;  // the capture
     std::string node;
     Flag isListed;
     Duration start;

@@ -98,6 +98,7 @@ void visitNode(Row& row, const Column& column) {
     column("build", row.build);
     column("cam_mode", row.camMode);
     column("name", row.name);
+    column("registered_ns", row.registered);
     column("node", row.node);
     column("is_listed", row.isListed);
     column("start_us", row.start);

@@ -2,12 +2,10 @@
 
 #include <unistd.h>  // rmdir, unlink
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Capture.h"
@@ -28,9 +26,8 @@ namespace fs = std::filesystem;
 RowsFolder::RowsFolder(const std::string& path) : mPath(path) {
     std::error_code error;
     mIsNew = fs::create_directory(path, error);
-    if (!mIsNew && !fs::is_directory(path)) {
-        throw std::runtime_error(path + ": cannot be made a folder: " +
-                                 (error ? error.message() : std::string("it is a file")));
+    if (error) {
+        throw std::runtime_error(path + ": cannot be made a folder: " + error.message());
     }
 }
 

@@ -275,6 +275,7 @@ std::vector<rows::NodeRow> nodeRowsOf(const Capture& capture, const rows::Captur
         row.build = captureRow.build;
         row.camMode = captureRow.camMode;
         row.name = captureRow.name;
+        row.registered = captureRow.registered;
         row.node = node.name;
         row.isListed = node.isListed;
         if (node.hasRun()) {

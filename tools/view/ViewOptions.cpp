@@ -26,6 +26,23 @@ void addRowOptions(CLI::App& app, RowOptions& options) {
             ->type_name("TEXT");
 }
 
+void addStatsOptions(CLI::App& app, ViewOptions& options) {
+    CLI::Option* stats =
+            app.add_flag("--stats", options.stats,
+                         "Show counts and percentiles of all captures in place of the captures");
+    for (const char* other : {"--summary", "--failed", "--sort"}) {
+        stats->excludes(app.get_option(other));
+    }
+    app.add_option(
+               "--by", options.statsBy,
+               "With --stats: group by the values of a column of rows, such as cam_mode or node")
+            ->needs(stats)
+            ->type_name("COLUMN");
+    app.add_option("--stats-json", options.statsJson, "With --stats: write them as JSON to FILE")
+            ->needs(stats)
+            ->type_name("FILE");
+}
+
 }  // namespace
 
 void addViewOptions(CLI::App& app, ViewOptions& options) {
@@ -38,6 +55,7 @@ void addViewOptions(CLI::App& app, ViewOptions& options) {
             ->type_name("FILE");
     app.add_option("--html", options.html, "Write a page to look at to FILE")->type_name("FILE");
     addRowOptions(app, options.rows);
+    addStatsOptions(app, options);
     app.add_option_function<std::string>(
                "--fail-on",
                [&options](const std::string& what) { options.failOnFindings = what == "findings"; },

@@ -30,11 +30,14 @@ struct ViewOptions {
     std::string trace;                // files to write; empty: none
     std::string html;
     RowOptions rows;
+    bool stats = false;           // counts and percentiles in place of the captures
+    std::string statsBy;          // the column of rows to group them by; empty: none
+    std::string statsJson;        // the same for programs, a file to write; empty: none
     bool failOnFindings = false;  // exit status 3 if a capture has failed or a call had no effect
 };
 
-// Adds --summary, --failed, --sort, --trace, --html, --fail-on, and --rows with what belongs to it;
-// what else there is belongs to the tool.
+// Adds --summary, --failed, --sort, --trace, --html, --fail-on, and --rows and --stats with what
+// belongs to them; what else there is belongs to the tool.
 void addViewOptions(CLI::App& app, ViewOptions& options);
 
 }  // namespace view

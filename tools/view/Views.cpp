@@ -10,6 +10,7 @@
 #include "Page.h"
 #include "PageParts.h"
 #include "Rows.h"
+#include "StatsView.h"
 #include "TerminalStyle.h"
 #include "TerminalView.h"
 #include "Trace.h"
@@ -28,7 +29,10 @@ bool haveTrouble(const std::vector<Finding>& findings) {
 }  // namespace
 
 Views::Views(const ViewOptions& options, std::FILE* terminal) {
-    if (terminal != nullptr && !options.quiet) {
+    terminal = options.quiet ? nullptr : terminal;
+    if (options.stats) {
+        mViews.push_back(std::make_unique<stats::StatsView>(options, terminal));
+    } else if (terminal != nullptr) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
     }
     if (!options.trace.empty()) {
