@@ -1,13 +1,13 @@
 #include "Tolerance.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "Printable.h"
@@ -39,14 +39,15 @@ bool Tolerance::allows(int64_t a, int64_t b) const {
 Tolerance toleranceOf(const std::vector<std::string>& texts) {
     Tolerance tolerance;
     for (const std::string& text : texts) {
-        double number = 0;
-        const char* end = text.data() + text.size();
-        const auto [rest, error] = std::from_chars(text.data(), end, number);
-        const std::string_view unitName(rest, static_cast<size_t>(end - rest));
+        // Not by strtod alone, which takes signs, blanks and "inf".
+        const std::string digits = text.substr(0, text.find_first_not_of("0123456789."));
+        char* end = nullptr;
+        const double number = std::strtod(digits.c_str(), &end);
+        const std::string_view unitName = std::string_view(text).substr(digits.size());
         const auto* unit = std::find_if(std::begin(kUnits), std::end(kUnits),
                                         [&](const Unit& each) { return each.name == unitName; });
-        if (error != std::errc() || unit == std::end(kUnits) || !std::isfinite(number) ||
-            std::signbit(number)) {
+        const bool isNumber = !digits.empty() && *end == '\0' && std::isfinite(number);
+        if (!isNumber || unit == std::end(kUnits)) {
             refuse(text);
         }
         (unit->us == 0 ? tolerance.percent : tolerance.us) =
