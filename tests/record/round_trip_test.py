@@ -6,6 +6,7 @@ The command is the program's. Of the environment:
     PLAYING   the command of another build's program, which plays instead; PLAYER is of that build
     SEEDS     how many times
     CAPTURES  how many captures each time
+    DIFF      infosync-diff, which is to find nothing; left out where it cannot be run
     HAL, HAL_ROOT, REPLAY  the recorder's test program, its host root and infosync-replay
 """
 
@@ -22,6 +23,7 @@ PLAYER = os.environ["PLAYER"]
 HAL = os.environ.get("HAL")
 HAL_ROOT = os.environ.get("HAL_ROOT")
 REPLAY = os.environ.get("REPLAY")
+DIFF = os.environ.get("DIFF")
 
 
 def run(command, arguments, record=None, limit=1 << 30, **more):
@@ -78,6 +80,8 @@ class RoundTrip(unittest.TestCase):
                 for name in ("pid", "startMonotonic", "startReal"):
                     self.assertIsInstance(of.pop(name), int)
             self.assertEqual(header, header_again)
+            if DIFF:
+                run([DIFF], [log, recording_in(played)])
             self.assertIn(b'"answered"', b"".join(lines))
 
     def test_each_part_plays_by_itself(self):

@@ -1,0 +1,48 @@
+#include "Differ.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include "Captured.h"
+#include "Compare.h"
+#include "Difference.h"
+#include "Pairing.h"
+#include "Report.h"
+
+namespace diff {
+
+void Differ::compare(CaptureReader& a, CaptureReader& b, By by) {
+    pairCaptures(a, b, by, *this);
+    if (mCounts.pairs == 0 && mCounts.onlyInA != 0 && mCounts.onlyInB != 0) {
+        throw std::runtime_error(
+                "the sides have no captures in common: none of A's names is one of B's; "
+                "--by order pairs them in their order");
+    }
+    const std::vector<Difference> found = compareSessions(a.session(), b.session());
+    mCounts.ofSession = found.size();
+    addAll(found, {});
+}
+
+void Differ::pair(const Captured& a, const Captured& b) {
+    const std::vector<Difference> found = compareCaptures(a, b, mTolerance);
+    mCounts.pairs += 1;
+    mCounts.differing += found.empty() ? 0 : 1;
+    addAll(found, {a.name(), b.name(), a.row.captureSeq, b.row.captureSeq});
+}
+
+void Differ::single(const Captured& capture, bool isOfA) {
+    constexpr char kThere[] = "is there";
+    Difference difference{Kind::kCapture, "capture", {}, {}, {}, {}};
+    (isOfA ? difference.a : difference.b) = kThere;
+    (isOfA ? mCounts.onlyInA : mCounts.onlyInB) += 1;
+    const int64_t number = capture.row.captureSeq;
+    addAll({difference}, {capture.name(), {}, isOfA ? number : 0, isOfA ? 0 : number});
+}
+
+void Differ::addAll(const std::vector<Difference>& differences, const Where& where) {
+    for (const Difference& difference : differences) {
+        mReport.add(difference, where);
+    }
+}
+
+}  // namespace diff
