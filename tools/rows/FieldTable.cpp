@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::string_view kSwitchPrefix = "switch_";
 constexpr size_t kLongestName = 60;  // in a message
+constexpr int64_t kLargest = int64_t{1} << 53;
 
 template <typename Integer>
 std::optional<Integer> wholeOf(const std::string& text) {
@@ -70,7 +71,8 @@ bool Field::set(bool value) {
 }
 
 bool Field::set(int64_t value) {
-    return assign(mMember, value) || set(static_cast<double>(value));
+    const bool isSafe = value >= -kLargest && value <= kLargest;
+    return (isSafe && assign(mMember, value)) || set(static_cast<double>(value));
 }
 
 bool Field::set(double value) {
@@ -91,7 +93,7 @@ const char* Field::wanted() const {
         return "must be a text";
     }
     if (std::holds_alternative<int64_t*>(mMember) || std::holds_alternative<Whole*>(mMember)) {
-        return "must be a whole number";
+        return "must be a whole number within 2^53";
     }
     if (std::holds_alternative<Number*>(mMember)) {
         return "must be a number";
