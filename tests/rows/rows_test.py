@@ -202,6 +202,15 @@ class Rows(unittest.TestCase):
         self.assertEqual(FILES, self.names())
         self.assertEqual("x" * 500, self.read("run.ndjson")[0]["run_id"])
 
+    def test_full_disk_ends_the_playing(self):
+        log, calls, again = self.log(captures=100), self.path("calls"), self.path("again")
+        rows = ("--rows", self.rows, "--run-id", "x" * 4000)
+        self.play(log, *rows, "--json", calls)
+        self.play(log, *rows, "--json", again, status=1, says="captures.ndjson: cannot be written",
+                  **self.full(1 << 14))
+        self.assertLess(2 << 14, os.path.getsize(calls))
+        self.assertGreater(1 << 14, os.path.getsize(again))
+
 
 if __name__ == "__main__":
     PROGRAM = sys.argv[2:]

@@ -353,6 +353,7 @@ void CaptureObserver::handOn(TrackedCapture& capture, bool isOver) {
         mView.add(capture.complete(isOver), mSession);
     } catch (const std::runtime_error&) {
         mViewThrew = std::current_exception();
+        mHasFailed = true;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -53,6 +54,10 @@ class CaptureObserver {
     ~CaptureObserver();
     CaptureObserver(const CaptureObserver&) = delete;
     CaptureObserver& operator=(const CaptureObserver&) = delete;
+
+    // Whether a view has thrown, so that finish() will; nothing is handed to it any more. Any
+    // thread, at any time.
+    bool hasFailed() const { return mHasFailed; }
 
     // For Playback and the service.
     void around(const CaptureStep& step, const std::function<void()>& call);
@@ -120,6 +125,7 @@ class CaptureObserver {
     std::map<std::string, std::unique_ptr<TrackedCapture>> mCaptures;
     uint64_t mRegistered = 0;
     std::exception_ptr mViewThrew;
+    std::atomic<bool> mHasFailed{false};  // mViewThrew is there
 
     std::mutex mDeferredMutex;                         // taken last
     std::vector<std::unique_ptr<Deferred>> mDeferred;  // guarded by mDeferredMutex

@@ -106,6 +106,9 @@ void ObservedPlayback::around(const CaptureStep& step, const std::function<void(
     } else {
         call();
     }
+    if (mObserver && mObserver->hasFailed()) {
+        mPlayback.stop();
+    }
     if (step.reports) {
         mReport.drain();
     }

@@ -28,7 +28,7 @@ class ObservedPlayback {
     ObservedPlayback(const ObservedPlayback&) = delete;
     ObservedPlayback& operator=(const ObservedPlayback&) = delete;
 
-    // Throws as Playback does.
+    // Throws as Playback does. Returns early if the view has thrown.
     void play(Progress& progress) { mPlayback.play(progress); }
 
     // To be called once the log was played. Throws what the view throws or has thrown.

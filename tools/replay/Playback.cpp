@@ -120,7 +120,7 @@ Playback::Playback(StepReader& reader, const LogFacts& facts, const ReplayOption
       mAnswering(setAnswers, [this](const std::string& key) { return answer(key); }) {}
 
 void Playback::play(Progress& progress) {
-    for (uint32_t round = 1; round <= mOptions.repeat; ++round) {
+    for (uint32_t round = 1; round <= mOptions.repeat && !mIsStopped; ++round) {
         mReader.restart(round == 1 ? std::string() : '#' + std::to_string(round));
         mFilter.restart();
         mAnswers.restart(mReader.header().answers);
@@ -130,7 +130,7 @@ void Playback::play(Progress& progress) {
 }
 
 void Playback::playRound(uint64_t doneBefore, Progress& progress) {
-    for (CaptureStep step; mReader.next(step);) {
+    for (CaptureStep step; !mIsStopped && mReader.next(step);) {
         if (!mReader.errors().empty()) {
             throwChanged();
         }
@@ -141,7 +141,7 @@ void Playback::playRound(uint64_t doneBefore, Progress& progress) {
         playStep(std::move(step));
     }
     mThreads.wait();
-    if (!mReader.isAtNotedLength()) {
+    if (!mIsStopped && !mReader.isAtNotedLength()) {
         throwChanged();
     }
 }

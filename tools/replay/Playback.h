@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -53,6 +54,9 @@ class Playback {
     // it was checked, and what the library throws.
     void play(Progress& progress);
 
+    // Lets play() return once the calls that have been begun are over. Any thread.
+    void stop() { mIsStopped = true; }
+
     uint64_t calls() const { return mCalls; }
     uint64_t flushes() const { return mFlushes; }
 
@@ -99,6 +103,7 @@ class Playback {
     std::optional<Pace> mPace;
     uint64_t mCalls = 0;
     uint64_t mFlushes = 0;
+    std::atomic<bool> mIsStopped{false};
     Answering mAnswering;  // before the threads, and so longer
     NamedThreads mThreads;
 };
