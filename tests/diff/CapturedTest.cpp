@@ -36,14 +36,19 @@ std::string readInOrder(const Folder& folder) {
     return readAll(ordered);
 }
 
-std::string refusal(const Folder& folder, const std::string& run = "") {
+template <typename Read>
+std::string refusalOf(const Read& readFolder) {
     try {
-        read(folder, run);
+        readFolder();
     } catch (const std::runtime_error& error) {
         const std::string text = error.what();
         return text.substr(text.rfind('/') + 1);
     }
     return "none";
+}
+
+std::string refusal(const Folder& folder, const std::string& run = "") {
+    return refusalOf([&] { read(folder, run); });
 }
 
 TEST(CaptureReader, GivesEachCaptureItsNodes) {
@@ -69,6 +74,10 @@ TEST(CaptureReader, RefusesRowsThatDoNotFitTogether) {
     tooMany.node(1, "x");
     EXPECT_EQ("captures.ndjson:1: node_count: is 0, and there are 1 nodes of the capture",
               refusal(tooMany));
+    Folder negative;
+    negative.capture(1, "A", R"(,"node_count":-1)");
+    EXPECT_EQ("captures.ndjson:1: node_count: is -1, and there are 0 nodes of the capture",
+              refusal(negative));
     Folder foreign;
     foreign.capture(1, "A");
     foreign.node(1, "x");
@@ -111,7 +120,8 @@ TEST(OrderedReader, GoesByTheNumbersOfEachRun) {
     folder.capture(1, "t1", "", "t");
     EXPECT_EQ("1()2()3()5()9()s1()s2()t1()", readInOrder(folder));
     folder.capture(1, "t1", "", "t");
-    EXPECT_THROW(readInOrder(folder), std::runtime_error);
+    EXPECT_EQ("captures.ndjson:9: capture 1 of the run \"t\" is there twice",
+              refusalOf([&] { readInOrder(folder); }));
 }
 
 }  // namespace

@@ -110,7 +110,7 @@ class Diff(unittest.TestCase):
     def test_bad_input(self):
         good = self.rows("good", [capture(1, "X")])
         other = self.rows("other", [capture(1, "Y")])
-        self.check_refused(good, other, says="no captures in common")
+        self.check_refused(good, other, says=f"{good} and {other} have no captures in common")
         self.check_refused(good, good, "--tolerance", "much", says='--tolerance: "much"')
         self.check_refused(good, "-", says="standard input cannot be compared")
         self.check_refused(good, "gone", says="gone: cannot open")

@@ -18,7 +18,9 @@ std::string inQuotes(const std::string& text) {
 }
 
 rows::Whole sumOf(const rows::Whole& a, const rows::Whole& b) {
-    return a && b ? rows::Whole(*a + *b) : std::nullopt;
+    int64_t sum = 0;
+    const bool isKnown = a && b && !__builtin_add_overflow(*a, *b, &sum);
+    return isKnown ? rows::Whole(sum) : std::nullopt;
 }
 
 }  // namespace
@@ -92,7 +94,7 @@ void CaptureReader::takeNodes(Captured& capture) {
     }
     if (capture.row.nodeCount && nodes.size() != wanted) {
         throw std::runtime_error(mCaptureRows.place() + ": node_count: is " +
-                                 std::to_string(wanted) + ", and there are " +
+                                 std::to_string(*capture.row.nodeCount) + ", and there are " +
                                  std::to_string(nodes.size()) + " nodes of the capture");
     }
 }
@@ -123,8 +125,8 @@ void OrderedReader::hold(Captured capture) {
     }
     const int64_t number = capture.row.captureSeq;
     if (number <= mLast || mHeld.count(number) != 0) {
-        throw std::runtime_error("capture " + std::to_string(number) + " of the run " +
-                                 inQuotes(mRun) + " is there twice");
+        throw std::runtime_error(mReader.place() + ": capture " + std::to_string(number) +
+                                 " of the run " + inQuotes(mRun) + " is there twice");
     }
     mHeld.emplace(number, std::move(capture));
 }

@@ -40,7 +40,8 @@ class CaptureReader {
     // Sets `capture` to the next one, in the order of the file. Returns false at the end.
     bool next(Captured& capture);
 
-    uint64_t captures() const { return mCaptures; }  // so far
+    // Where the last capture stands: "FILE:LINE".
+    std::string place() const { return mCaptureRows.place(); }
     const Session& session() const { return mSession; }
 
   private:

@@ -1,6 +1,5 @@
 #include "Differ.h"
 
-#include <stdexcept>
 #include <vector>
 
 #include "Captured.h"
@@ -13,11 +12,6 @@ namespace diff {
 
 void Differ::compare(CaptureReader& a, CaptureReader& b, By by) {
     pairCaptures(a, b, by, *this);
-    if (mCounts.pairs == 0 && mCounts.onlyInA != 0 && mCounts.onlyInB != 0) {
-        throw std::runtime_error(
-                "the sides have no captures in common: none of A's names is one of B's; "
-                "--by order pairs them in their order");
-    }
     const std::vector<Difference> found = compareSessions(a.session(), b.session());
     mCounts.ofSession = found.size();
     addAll(found, {});

@@ -17,7 +17,7 @@ class Differ : public PairVisitor {
   public:
     Differ(const Tolerance& tolerance, Report& report) : mTolerance(tolerance), mReport(report) {}
 
-    // Throws std::runtime_error with a sentence for the user.
+    // Throws std::runtime_error with a sentence for the user if a side cannot be read.
     void compare(CaptureReader& a, CaptureReader& b, By by);
 
     void pair(const Captured& a, const Captured& b) override;

@@ -31,6 +31,8 @@ struct Counts {
     uint64_t onlyInB = 0;
     uint64_t ofSession = 0;  // differences
 
+    // Both sides have captures, and none of one is compared with any of the other.
+    bool haveNothingInCommon() const { return pairs == 0 && onlyInA != 0 && onlyInB != 0; }
     bool areSame() const { return differing + onlyInA + onlyInB + ofSession == 0; }
 };
 

@@ -82,6 +82,12 @@ int compare(const Settings& settings) {
     const auto report = reportOf(settings);
     diff::Differ differ(tolerance, *report);
     differ.compare(*captures, *others, settings.by == "name" ? diff::By::kName : diff::By::kOrder);
+    if (differ.counts().haveNothingInCommon()) {
+        throw std::runtime_error(replay::printable(settings.a) + " and " +
+                                 replay::printable(settings.b) +
+                                 " have no captures in common: none of the one's names is one of "
+                                 "the other's; --by order pairs them in their order");
+    }
     report->write(stdout, differ.counts());
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         throw std::runtime_error("standard output cannot be written");
