@@ -1,9 +1,11 @@
 // The program: counts the captures in folders of rows.
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@
 #include <CLI/CLI.hpp>  // IWYU pragma: keep, the definitions that App.hpp leaves out
 #include <CLI/Error.hpp>
 
+#include "Printable.h"
 #include "Row.h"
 #include "RowReader.h"
 #include "Statistics.h"
@@ -45,11 +48,33 @@ void addOptions(CLI::App& app, Settings& settings) {
     app.set_version_flag("--version", INFOSYNC_VERSION);
 }
 
+// Returns how many rows there were.
 template <typename Row>
-void count(const std::string& path, stats::Statistics& statistics) {
+int64_t count(const std::string& path, stats::Statistics& statistics) {
     rows::RowReader<Row> reader(path);
-    for (Row row; reader.next(row);) {
+    int64_t number = 0;
+    for (Row row; reader.next(row); ++number) {
         statistics.add(row);
+    }
+    return number;
+}
+
+// The sum of a column over a folder's runs; nothing if one of them does not tell it.
+rows::Whole toldOf(const rows::RowFolder& folder, rows::Whole rows::RunRow::*column) {
+    rows::RunReader reader(folder.run);
+    int64_t sum = 0;
+    for (rows::RunRow run; reader.next(run);) {
+        if (!(run.*column) || __builtin_add_overflow(sum, *(run.*column), &sum)) {
+            return std::nullopt;
+        }
+    }
+    return sum;
+}
+
+void requireAll(const std::string& path, int64_t rows, const rows::Whole& told) {
+    if (told && *told != rows) {
+        throw std::runtime_error(replay::printable(path) + ": has " + std::to_string(rows) +
+                                 " rows, where run.ndjson tells of " + std::to_string(*told));
     }
 }
 
@@ -57,8 +82,10 @@ ExitStatus show(const Settings& settings) {
     stats::Statistics statistics(settings.by);
     for (const std::string& path : settings.folders) {
         const rows::RowFolder folder = rows::rowFolder(path);
-        count<rows::CaptureRow>(folder.captures, statistics);
-        count<rows::NodeRow>(folder.nodes, statistics);
+        const auto captures = count<rows::CaptureRow>(folder.captures, statistics);
+        const auto nodes = count<rows::NodeRow>(folder.nodes, statistics);
+        requireAll(folder.captures, captures, toldOf(folder, &rows::RunRow::captures));
+        requireAll(folder.nodes, nodes, toldOf(folder, &rows::RunRow::nodes));
     }
     const std::string text = settings.isJson
                                      ? stats::statisticsJson(statistics)
