@@ -140,6 +140,12 @@ class Logcat(unittest.TestCase):
                                                         given=content).returncode)
         self.assertEqual(3, self.run_program("--fail-on=findings", self.write("a", good),
                                              self.write("b", BAD)).returncode)
+        for option in ("--summary", "--stats"):
+            with open("/dev/full", "wb") as full:
+                result = subprocess.run([*PROGRAM, path, option], stdout=full,
+                                        stderr=subprocess.PIPE, timeout=50, check=False)
+            self.assertEqual(1, result.returncode)
+            self.assertIn(b"cannot write the output: No space left on device", result.stderr)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,8 @@
 // The program: reads logs and shows what the library's lines in them tell.
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <string>
@@ -66,6 +68,9 @@ int show(const Settings& settings) {
         inputs[i].reset();
     }
     reader.finish();
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw view::WriteFailure(std::string("cannot write the output: ") + std::strerror(errno));
+    }
     for (const std::string& image : views.missingImages()) {
         std::fprintf(stderr, "infosync-logcat: %s: no capture has this name\n",
                      replay::printable(image).c_str());
