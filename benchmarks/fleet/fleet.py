@@ -21,6 +21,7 @@ PHONES = ("phone-1", "phone-2", "phone-3", "phone-4")
 TABLES = ("captures", "nodes")
 # The program remembers the names of the last 65,536 captures, and does not grow after that.
 MEMORY_OF_NAMES = 5 << 10  # KiB
+MANY = 20_000  # captures, whose rows would take several times that
 
 
 def documented(language):
@@ -98,12 +99,14 @@ def show_compressed(folder, captures):
     print("rows of a capture %.0f bytes, and by gzip %.0f" % (size / captures, packed / captures))
 
 
-def check_memory(program, results):
-    """Of the last phone's log, played once and five times."""
+def check_memory(program, captures, results):
+    """Of the last phone's log, which has so many, played once and until there are many more."""
+    times = max(5, MANY // captures)
     log = os.path.join(results, "log.jsonl")
     folder = os.path.join(results, "repeated")
-    once, often = (replay(program, log, folder, "--repeat", n) for n in ("1", "5"))
-    print("memory for that log %d KiB, and for five times as many captures %d KiB" % (once, often))
+    once, often = (replay(program, log, folder, "--repeat", str(n)) for n in (1, times))
+    print("memory for that log %d KiB, and for %d times as many captures %d KiB"
+          % (once, times, often))
     if often > once + MEMORY_OF_NAMES:
         raise clickhouse.Trouble("the memory grows with the captures")
 
@@ -196,7 +199,7 @@ def main(program, stats_program, captures, results):
     say("rows of %d phones with %d builds each" % (len(PHONES), len(generate.BUILDS)))
     folders = make_rows(program, captures, results)
     show_compressed(folders[0], captures // len(folders))
-    check_memory(program, results)
+    check_memory(program, captures // len(folders), results)
     figures = Figures(folders)
     if not figures.captures == figures.run_captures == captures:
         raise clickhouse.Trouble("%d captures came of %d" % (figures.captures, captures))

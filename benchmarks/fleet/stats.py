@@ -43,7 +43,12 @@ def compare_build(group, figures):
         values = figures.durations[node["node"], build]
         require(name + "number", node["number"], len(values))
         require(name + "p95", node["p95_us"], nearest_rank_p95(values), WIDEST)
-    return 2 + len(KINDS) + 2 * len(group["nodes"])
+    flushes = [took for (of, _), rows in figures.flushes.items() if of == build
+               for took, _ in rows]
+    require(build + ": flushes", group["to_flush"]["number"], len(flushes))
+    require(build + ": p95 of flushes", group["to_flush"]["p95_us"], nearest_rank_p95(flushes),
+            WIDEST)
+    return 4 + len(KINDS) + 2 * len(group["nodes"])
 
 
 def compare(program, folders, figures):
