@@ -275,6 +275,7 @@ session
     EXPECT_EQ(6, capture.nodes[0].completion);
     EXPECT_EQ(9, capture.nodes[1].completion);
     EXPECT_FALSE(capture.nodes[1].isListed);
+    EXPECT_TRUE(seen.captures.at(1).isFlushed);
 }
 
 TEST(Builder, KeepsProcessesAndThreadsApart) {
@@ -510,6 +511,7 @@ TEST(Reader, TakesWhatADeskPrints) {
     const std::string debug = "I " + origin + " register image B, queue size: 1\n";
     const Seen seen = readLogs({"features_mgr_handle = 0x0\n" + liblog + debug});
     ASSERT_EQ(2, seen.captures.size());
+    EXPECT_EQ("A", seen.captures[0].name);
     EXPECT_EQ("22092", seen.captures[0].process);
     ASSERT_EQ(4, seen.session.notes.size());
     EXPECT_EQ("log1: its times are whole seconds", seen.session.notes[2]);

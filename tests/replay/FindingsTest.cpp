@@ -35,8 +35,11 @@ struct Case {
 TEST(Findings, TellCallsWithoutEffectAndWhy) {
     const Case kCases[] = {
             {{"3a A", "ui A", "anchor A", "expect A []", "result A", "algo A", "node A", "state A",
-              "stage A", R"(stage A "timeInfo":{"7anchor_time":0})"},
+              "stage A", R"(stage A "timeInfo":{"7anchor_time":0})",
+              R"({"call":"updatePostProcInfo","postProcInfo":{"a":1}})",
+              R"({"call":"updatePostProcInfo","postProcInfo":{"a":1},"manager":"GetInstance"})"},
              {}},
+            {{"3a "}, {"3 unknown_name (no name): updateAnchor3aInfo: is not registered"}},
             {{"3a B"}, {"3 unknown_name B: updateAnchor3aInfo: is not registered"}},
             {{"3a IMG_1", "register IMG_2", "3a IMG_1", "flush IMG_2", "unregister IMG_2"},
              {"3 unknown_name IMG_1: updateAnchor3aInfo: is not registered",
@@ -67,11 +70,13 @@ TEST(Findings, TellCallsWithoutEffectAndWhy) {
              {"3 nothing_given updateSnapshotErrorInfo: null is given for the text"}},
             {{R"({"call":"request","type":1,"key":null})",
               R"({"call":"request","type":1,"key":"k","out":null})",
-              R"({"call":"request","type":2,"record":null})", R"({"call":"request","type":9})"},
+              R"({"call":"request","type":2,"record":null})", R"({"call":"request","type":9})",
+              R"({"call":"request","type":-1})"},
              {"3 nothing_given request: null is given for the key or the place for the result",
               "4 nothing_given request: null is given for the key or the place for the result",
               "5 nothing_given request: null is given for the record",
-              "6 no_report_type request: type 9 does nothing; 0, 1 and 2 do"}},
+              "6 no_report_type request: type 9 does nothing; 0, 1 and 2 do",
+              "7 no_report_type request: type -1 does nothing; 0, 1 and 2 do"}},
             {{R"(anchor A "anchorFrame":1,"manager":"GetInstance")"},
              {"3 other_manager updateAnchorFrame: made on the manager of GetInstance(), which has "
               "no captures"}},
@@ -101,6 +106,7 @@ TEST(Findings, TellWhatComesBeforeTheFrameAndAfterTheRemoval) {
                      "2 node_time_out node hdr timed out"}),
               play({"register A", R"(node  "node":"hdr","first":5,"second":-1,"third":9)"})
                       .findings());
+    EXPECT_EQ(1U, play({"register A", "register B", "node "}).captures.at(0).nodes.size());
 }
 
 TEST(Findings, TellWhatACaptureLacks) {
@@ -111,6 +117,8 @@ TEST(Findings, TellWhatACaptureLacks) {
     EXPECT_EQ((Lines{"5 result_missing vendor result 2 never came",
                      "5 result_missing vendor result 3 never came"}),
               findInCapture({"expect A [1]", "3a A", "expect A [1,2,2,3]", "result A"}));
+    EXPECT_EQ(Lines(),
+              findInCapture({"expect A [2]", R"(result A "vendorResultInfo":{"2":"not_return"})"}));
     EXPECT_EQ((Lines{"3 no_completion node hdr started and never completed"}),
               findInCapture({R"(algo A "zuAlgoInfo":{"algoTimeA":{"hdr":5,"listed":0}})"}));
 }
@@ -127,12 +135,13 @@ TEST(Findings, TellErrorsByTheLinesThatCausedThem) {
              {"4 node_error node tone: FlushTask"}},
             {{R"(state A "states":{"hdr":"OK","tone":"GetInputError"})"},
              {"3 node_error node tone: GetInputError"}},
-            {{R"(algo A "zuAlgoInfo":{"algoTimeB":{"hdr":-1},"algoState":{"tone":"FlushTask"}})"},
+            {{R"(algo A "zuAlgoInfo":{"algoTimeA":{"hdr":5},"algoTimeB":{"hdr":-1},)"
+              R"("algoState":{"tone":"FlushTask"}})"},
              {"3 node_time_out node hdr timed out", "3 node_error node tone: FlushTask"}},
             {{"error A", R"(error A "text":"")"}, {"3 error_text it broke", "4 error_text "}},
             {{R"({"call":"request","type":0,"record":{"errorInfo":["node process error","mine"],)"
               R"("frameInfo":{"imageName":"R"},"snapshotInfo":{"requestInfo":)"
-              R"({"expectedResultIds":[7]},"zuAlgoInfo":{"algoState":{"hdr":"FlushTask"}}}}})"},
+              R"({"expectedResultIds":[7]},"vendorResultInfo":{"7":"not_return"},"zuAlgoInfo":{"algoState":{"hdr":"FlushTask"}}}}})"},
              {"3 node_error node hdr: FlushTask", "3 error_text mine",
               "3 result_missing vendor result 7 never came"}},
     };
@@ -148,14 +157,14 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
             {{"flush A", "3a A"}, {"4 " + late3a + "iso is 5, reported as 0"}},
             {{"flush A", "3a A", "flush A"}, {}},
             {{"flush A", "3a A", R"(3a A "fstop":1e-9,"iso":0,"lux":0,"exposureTime":0)"}, {}},
-            {{"flush A", R"(3a A "fstop":1,"iso":0,"lux":2,"exposureTime":3)"},
+            {{"flush A", R"(3a A "fstop":1,"iso":4,"lux":2,"exposureTime":3)"},
              {"4 " + late3a +
               "exposure_time is 3, reported as 0; fstop is 1.000000, reported as "
-              "0.000000; lux is 2.000000, reported as 0.000000"}},
+              "0.000000; iso is 4, reported as 0; lux is 2.000000, reported as 0.000000"}},
             {{"ui A", "flush A",
-              R"(ui A "requestType":9,"camMode":5,"faceDetect":1,"zoomRatio":1.5,"uiExtra":"x")"},
+              R"(ui A "requestType":9,"camMode":5,"faceDetect":1,"zoomRatio":2.5,"uiExtra":"x")"},
              {"5 late updateUIInfo: too late for the report: cam_mode is 5, reported as 4; "
-              "face_detect is 1, reported as 0"}},
+              "face_detect is 1, reported as 0; zoom_ratio is 2, reported as 1"}},
             {{"flush A", R"(frame A "frameNumber":9,"timestamp":"2","camIds":[7],"frameExtra":0)"},
              {"4 late updateFrameInfo: too late for the report: timestamp is 2, reported as 1"}},
             {{"algo A", "flush A", R"(node A "node":"hdr","first":5.9,"second":6,"third":9)"},
@@ -168,6 +177,10 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
              {"5 late updateZuAlgoInfo: too late for the report: completion of hdr is gone, "
               "reported as 9",
               "5 no_completion node hdr started and never completed"}},
+            {{"flush A", R"(algo A "algoList":["a","b","c","d","e"])"},
+             {"4 late updateZuAlgoInfo: too late for the report: start of a is 0, not reported; "
+              "start of b is 0, not reported; start of c is 0, not reported; start of d is 0, not "
+              "reported; and 1 more values"}},
             {{"flush A", "algo A"},
              {"4 late updateZuAlgoInfo: too late for the report: start of hdr is 0, not reported; "
               "start of tone is 0, not reported"}},
@@ -188,7 +201,7 @@ TEST(Findings, TellWhatComesTooLateForTheReport) {
 
 TEST(Findings, AreCountedBeyondTenOfAKind) {
     Lines lines(15, "3a IMG_2");
-    lines.insert(lines.begin(), "register IMG_1");
+    lines.insert(lines.begin(), {"register IMG_0", "register IMG_1"});
     const auto& findings = play(lines).session.findings;
     ASSERT_EQ(11U, findings.size());
     const std::string says = "IMG_2: updateAnchor3aInfo: is not registered";
@@ -196,7 +209,9 @@ TEST(Findings, AreCountedBeyondTenOfAKind) {
     EXPECT_EQ(1U, findings[9].calls);
     EXPECT_EQ(says + "; and 4 more like this", findings[10].text);
     EXPECT_EQ(5U, findings[10].calls);
-    EXPECT_EQ(12U, findings[10].place.line);
+    EXPECT_EQ(13U, findings[10].place.line);
+    lines.resize(13);
+    EXPECT_EQ(says, play(lines).session.findings.at(10).text);
 }
 
 TEST(Findings, AreKeptOfAThousandNamesAndCountedOfOthers) {
@@ -207,6 +222,16 @@ TEST(Findings, AreKeptOfAThousandNamesAndCountedOfOthers) {
     const auto& findings = play(lines).session.findings;
     ASSERT_EQ(1011U, findings.size());
     EXPECT_EQ(10U, findings.back().calls);
+}
+
+TEST(Findings, CutNamesBetweenCharacters) {
+    std::string name = "x";
+    for (int i = 0; i < 100; ++i) {
+        name += "\u00e4";
+    }
+    EXPECT_EQ(Lines{"1 unknown_name " + name.substr(0, 199) +
+                    "...: updateAnchor3aInfo: is not registered"},
+              play({"3a " + name}).findings());
 }
 
 TEST(Findings, NameTheLinesOfTheLogInEveryRound) {

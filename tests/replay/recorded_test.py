@@ -140,7 +140,11 @@ class Order(RecordedTest):
         self.play(*lines[1:5], head=header(answers={"snapshotInfoCollectEnable": "no"}))
         self.assertEqual('off at first: the service answers "no", and changes its answer 1 time',
                          self.total("collection"))
+        self.play(recorded(1, register("A")), answered(1, "no"), END,
+                  head=header(answers={"snapshotInfoCollectEnable": "no"}))
+        self.assertEqual('off: the service answers "no"', self.total("collection"))
         self.assertEqual("A B C D E", self.play(*lines, options=["--answer=enabled"]))
+        self.assertEqual('on: the service answers "enabled"', self.total("collection"))
         self.assertEqual("A B D E", self.play(*lines, options=["--property", FORCED + "=true"]))
         lines = [recorded(1, register("A")), answered(9, "no"), recorded(2, register("B")), END]
         self.play(*lines, options=["--repeat=2"])

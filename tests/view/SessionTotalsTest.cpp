@@ -30,6 +30,16 @@ TEST(SessionTotals, NameTheFirstTen) {
                                            " (1 failure), 3 (2 failures), "));
 }
 
+TEST(SessionTotals, SayHowManyMoreNamesThereAre) {
+    SessionTotals totals;
+    for (int i = 1; i <= 11; ++i) {
+        Capture capture = sampleCapture(1, std::to_string(i));
+        capture.isRemoved = false;
+        totals.add(capture);
+    }
+    EXPECT_NE(std::string::npos, totals.text(Session()).find(", 10, ... and 1 more\n"));
+}
+
 TEST(SessionTotals, CountCallsWithoutEffect) {
     SessionTotals totals;
     Capture capture = sampleCapture(1, "IMG_1");

@@ -181,6 +181,7 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
                      node("nothing", -kInfinity, kNan),
                      node("zero", 0, 500'008.0)};
     capture.findings = {{FindingKind::kNodeError, "", "negative", {}, {}},
+                        {FindingKind::kNoCompletion, "", "endless", {}, {}},
                         {FindingKind::kVendorError, "", "open", {}, {}}};
     // "zero" starts before the clock's minute, so the nodes' clock is another.
     auto line = lineOf(capture);
@@ -188,7 +189,7 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
     capture.nodes.pop_back();
     line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kNode),
-              (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless", "5-5 huge",
+              (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless!", "5-5 huge",
                      "6-6 a day", "7-7 no start"}));
 }
 
@@ -196,7 +197,7 @@ TEST(TimeLine, HasALaneForEachThreadInTheOrderOfTheirFirstCalls) {
     Capture capture = captureAt(5000);
     capture.calls = {call("second", 5050 * kMs, "", 7),    call("first", 5010 * kMs, "early", 7),
                      call("third", 5010 * kMs, "algo", 8), call("main", 5005 * kMs, "", 0),
-                     call("hand", 5006 * kMs, "hand", 0),  call("far", kDay * 3, "far", 9)};
+                     call("hand", 5006 * kMs, "hand", 0),  call("far", kDay * 3 / 2, "far", 9)};
     capture.calls.push_back(call("last", 5060 * kMs, "renamed", 7));
     capture.calls[2].hadEffect = false;
     const auto line = lineOf(capture);
