@@ -136,8 +136,10 @@ def print_table(libraries):
 
 
 def write_times(library):
-    """The time of a bare write as a function of its length: a straight line."""
+    """The time of a bare write as a function of its length: a straight line. None without two."""
     sizes = {name: int(name.split("/")[1]) for name in library.rounds if "bare_write" in name}
+    if len(sizes) < 2:
+        return None
     slope, least = statistics.linear_regression(list(sizes.values()),
                                                 [library.time(name) for name in sizes])
     return lambda size: least + slope * size
@@ -146,6 +148,8 @@ def write_times(library):
 def print_recording(plain, recorded):
     """What recording adds to a call, over the bare write of a line as long as its own."""
     write = write_times(recorded)
+    if write is None:
+        return
     print(f"\n{'recorded calls: what each takes longer':40}{'ns':>12}{'bytes':>8}{'writes':>8}")
     for benchmark in sorted(recorded.rounds):
         calls = recorded.counted(benchmark, "calls")

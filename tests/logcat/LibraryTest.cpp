@@ -21,9 +21,10 @@ namespace {
 
 constexpr int32_t kPid = 4242;
 
+// Never destroyed: the library logs while the process exits.
 std::vector<logcat::LogEntry>& logged() {
-    static std::vector<logcat::LogEntry> entries;
-    return entries;
+    static auto* const entries = new std::vector<logcat::LogEntry>;
+    return *entries;
 }
 
 }  // namespace

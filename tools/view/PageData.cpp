@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Capture.h"
 #include "Finding.h"
@@ -27,7 +29,13 @@ std::string arrayOf(const Values& values, ToJson toJson) {
     return array + ']';
 }
 
-const char* flag(bool value) {
+// Values of different kinds as a JSON array. They are made from left to right, so that names get
+// their numbers in the same order with every compiler.
+std::string row(std::initializer_list<std::string> values) {
+    return arrayOf(values, [](const std::string& value) { return value; });
+}
+
+std::string flag(bool value) {
     return value ? "1" : "0";
 }
 
@@ -42,7 +50,7 @@ std::string microsecondsOf(int64_t nanoseconds) {
 
 std::string placeOf(const Place& place) {
     const std::string line = std::to_string(place.line);
-    return place.source == 0 ? line : '[' + std::to_string(place.source) + ',' + line + ']';
+    return place.source == 0 ? line : row({std::to_string(place.source), line});
 }
 
 // Makes a capture's object, with times since the beginning of its time line.
@@ -105,12 +113,14 @@ void CaptureObject::addFacts() {
 // A node's span has the lane's name.
 std::string CaptureObject::lane(const Lane& lane) {
     const bool isNode = lane.kind == Lane::Kind::kNode;
+    const std::string name = isNode ? mNames.json(lane.name) : "null";
     const auto span = [&](const Span& each) {
-        return '[' + microsecondsOf(each.begin) + ',' + microsecondsOf(each.end) + ',' +
-               flag(each.hasFailed) + (isNode ? "" : ',' + mNames.json(each.name)) + ']';
+        const std::string begin = microsecondsOf(each.begin);
+        const std::string end = microsecondsOf(each.end);
+        return isNode ? row({begin, end, flag(each.hasFailed)})
+                      : row({begin, end, flag(each.hasFailed), mNames.json(each.name)});
     };
-    return '[' + std::to_string(static_cast<int>(lane.kind)) + ',' +
-           (isNode ? mNames.json(lane.name) : "null") + ',' + arrayOf(lane.spans, span) + ']';
+    return row({std::to_string(static_cast<int>(lane.kind)), name, arrayOf(lane.spans, span)});
 }
 
 // Threads' lanes are left out: the calls say the same.
@@ -132,8 +142,7 @@ void CaptureObject::addTimeLine() {
     }
     add("lanes", '[' + lanes + ']');
     add("marks", arrayOf(mLine->marks, [&](const Mark& mark) {
-            return '[' + microsecondsOf(mark.at) + ',' + mNames.json(mark.name) + ',' +
-                   flag(mark.isFailure) + ']';
+            return row({microsecondsOf(mark.at), mNames.json(mark.name), flag(mark.isFailure)});
         }));
 }
 
@@ -148,71 +157,70 @@ void CaptureObject::addRecord() {
     }
     if (mCapture.stages) {
         add("stages", arrayOf(*mCapture.stages, [&](const Stage& stage) {
-                return '[' + std::to_string(stage.number) + ',' + mNames.json(stage.name) + ',' +
-                       (stage.isKnown ? jsonNumber(static_cast<double>(stage.ms)) : "null") + ']';
+                return row({std::to_string(stage.number), mNames.json(stage.name),
+                            stage.isKnown ? std::to_string(stage.ms) : "null"});
             }));
     }
     if (mCapture.results) {
         add("results", arrayOf(*mCapture.results, [&](const VendorResult& result) {
-                return '[' + std::to_string(result.id) + ',' + mNames.json(result.text) + ',' +
-                       placeOf(result.place) + ']';
+                return row({std::to_string(result.id), mNames.json(result.text),
+                            placeOf(result.place)});
             }));
     }
     add("values", arrayOf(mCapture.values, [&](const Value& value) {
-            return '[' + std::to_string(static_cast<int>(value.group)) + ',' +
-                   mNames.json(value.name) + ',' + jsonText(value.text) + ']';
+            return row({std::to_string(static_cast<int>(value.group)), mNames.json(value.name),
+                        jsonText(value.text)});
         }));
 }
 
 void CaptureObject::addNodes() {
     add("nodes", arrayOf(mCapture.nodes, [&](const Node& node) {
-            return '[' + mNames.json(node.name) + ',' + numberOrNull(node.start) + ',' +
-                   numberOrNull(node.second) + ',' + numberOrNull(node.completion) + ',' +
-                   mNames.json(node.state) + ',' + flag(node.isListed) + ',' + placeOf(node.place) +
-                   ']';
+            return row({mNames.json(node.name), numberOrNull(node.start), numberOrNull(node.second),
+                        numberOrNull(node.completion), mNames.json(node.state), flag(node.isListed),
+                        placeOf(node.place)});
         }));
 }
 
 void CaptureObject::addReports() {
     const auto parameter = [&](const std::pair<std::string, std::string>& each) {
-        return '[' + mNames.json(each.first) + ',' + jsonText(each.second) + ']';
+        return row({mNames.json(each.first), jsonText(each.second)});
     };
     add("reports", arrayOf(mCapture.reports, [&](const Report& report) {
-            std::string closing = "null";
-            if (report.closing) {
-                closing = '[' + std::to_string(report.closing->first) + ',' +
-                          std::to_string(report.closing->second) + ']';
-            }
-            return '[' + time(report.at) + ',' + placeOf(report.place) + ',' +
-                   arrayOf(report.parameters, parameter) + ',' +
-                   std::to_string(report.events.size()) + ',' + closing + ']';
+            const std::string closing = report.closing
+                                                ? row({std::to_string(report.closing->first),
+                                                       std::to_string(report.closing->second)})
+                                                : "null";
+            return row({time(report.at), placeOf(report.place),
+                        arrayOf(report.parameters, parameter), std::to_string(report.events.size()),
+                        closing});
         }));
 }
 
 void CaptureObject::addCalls() {
-    std::map<std::pair<std::string, int32_t>, size_t> threads;
-    std::string list;
+    std::map<std::pair<std::string, int32_t>, size_t> numbers;
+    std::vector<std::string> threads;
     const auto thread = [&](const Call& call) {
-        const auto [place, isNew] =
-                threads.emplace(std::pair(call.thread, call.tid), threads.size());
+        const auto [entry, isNew] =
+                numbers.emplace(std::pair(call.thread, call.tid), numbers.size());
         if (isNew) {
-            list += (list.empty() ? "[" : ",[") + mNames.json(call.thread) + ',' +
-                    std::to_string(call.tid) + ']';
+            threads.push_back(row({mNames.json(call.thread), std::to_string(call.tid)}));
         }
-        return std::to_string(place->second);
+        return std::to_string(entry->second);
     };
     add("calls", arrayOf(mCapture.calls, [&](const Call& call) {
-            return '[' + mNames.json(call.operation) + ',' + thread(call) + ',' + time(call.at) +
-                   ',' + placeOf(call.place) + (call.hadEffect ? "" : ",0") + ']';
+            const std::string operation = mNames.json(call.operation);
+            const std::string at = time(call.at);
+            const std::string place = placeOf(call.place);
+            return call.hadEffect ? row({operation, thread(call), at, place})
+                                  : row({operation, thread(call), at, place, "0"});
         }));
-    add("threads", '[' + list + ']');
+    add("threads", arrayOf(threads, [](const std::string& each) { return each; }));
 }
 
 std::string findingOf(const Finding& finding, const std::string& at) {
     const char* weight = meansFailure(finding.kind) ? "0" : meansNoEffect(finding.kind) ? "1" : "2";
-    return std::string("[\"") + nameOf(finding.kind) + "\"," + weight + ',' +
-           jsonText(finding.text) + ',' + jsonText(finding.subject) + ',' + placeOf(finding.place) +
-           ',' + at + ']';
+    return row({jsonOfSafe(nameOf(finding.kind)), weight, jsonText(finding.text),
+                jsonText(finding.subject), placeOf(finding.place), at});
 }
 
 void CaptureObject::addFindings() {
@@ -240,16 +248,14 @@ std::string pageCapture(const Capture& capture, PageNames& names) {
 
 std::string pageSession(const Session& session) {
     const auto text = [](const std::string& each) { return jsonText(each); };
-    std::string switches;
-    for (const auto& [name, state] : session.switches) {
-        switches += (switches.empty() ? "" : ",") + std::string("[") + jsonText(name) + ',' +
-                    jsonText(state) + ']';
-    }
+    const auto entry = [](const std::pair<const std::string, std::string>& each) {
+        return row({jsonText(each.first), jsonText(each.second)});
+    };
     const std::string toReal = session.clock == Clock::kReal ? "0"
                                : session.toReal              ? microsecondsOf(*session.toReal)
                                                              : "null";
     return "{\"sources\":" + arrayOf(session.sources, text) + ",\"toReal\":" + toReal +
-           ",\"switches\":[" + switches + "],\"findings\":" +
+           ",\"switches\":" + arrayOf(session.switches, entry) + ",\"findings\":" +
            arrayOf(session.findings, [](const Finding& each) { return findingOf(each, "null"); }) +
            ",\"notes\":" + arrayOf(session.notes, text) +
            ",\"calls\":" + std::to_string(session.calls) + '}';
