@@ -1,5 +1,6 @@
 #include "Summary.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <sstream>
@@ -25,8 +26,10 @@ std::vector<Capture> samples() {
     captures[0].findings = {sampleFinding(FindingKind::kNeverRemoved, "never removed"),
                             sampleFinding(FindingKind::kVendorError, "result 40 is error_device")};
     captures[1].flushed = 1'431'000'000;
+    captures[1].nodes = {sampleNode("endless", 0, INFINITY), sampleNode("back", 5, 2)};
     captures[1].findings = {sampleFinding(FindingKind::kLate, "updateUIInfo came late")};
     captures[2].flushed.reset();
+    captures[2].nodes = {Node{}};
     captures[2].cameras = std::vector<uint32_t>();
     return captures;
 }
@@ -43,9 +46,9 @@ std::string summaryOf(const std::vector<Capture>& captures, const std::string& s
 TEST(Summary, HasALineForEachCapture) {
     EXPECT_EQ(
             "  capture  cameras     flush ms  nodes  slowest   ms  findings\n"
-            "  IMG_1    not known        431      0                updateUIInfo came late\n"
+            "  IMG_1    not known        431      2  back      -3  updateUIInfo came late\n"
             "  IMG_2    0,2               31      2  mfnr     430  result 40 is error_device +1\n"
-            "  IMG_3    none       not known      0\n",
+            "  IMG_3    none       not known      1\n",
             summaryOf(samples(), "", {100, false, false}));
 }
 
