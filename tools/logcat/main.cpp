@@ -71,6 +71,9 @@ int show(const Settings& settings) {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         throw view::WriteFailure(std::string("cannot write the output: ") + std::strerror(errno));
     }
+    if (settings.views.quiet && !reader.hasMessages()) {
+        std::fprintf(stderr, "infosync-logcat: there are no lines of the library\n");
+    }
     for (const std::string& image : views.missingImages()) {
         std::fprintf(stderr, "infosync-logcat: %s: no capture has this name\n",
                      replay::printable(image).c_str());
