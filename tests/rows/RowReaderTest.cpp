@@ -55,11 +55,11 @@ std::string capture(const std::string& more) {
 }
 
 TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
-    const std::string path =
-            write("rows", capture(R"(,"name":"A","has_failed":true,"iso":-9007199254740992,"fstop":2,"lux":0.5)"
-                                  R"(,"registered_ns":"-9223372036854775808","build":null)"
-                                  R"(,"req_value64":"18446744073709551615","stage_14_us":7)") +
-                                  R"({"capture_seq":2,"run_id":"r","schema_version":1})" + '\n');
+    const std::string path = write(
+            "rows", capture(R"(,"name":"A","has_failed":true,"iso":-9007199254740992,"fstop":2)"
+                            R"(,"lux":0.5,"registered_ns":"-9223372036854775808","build":null)"
+                            R"(,"req_value64":"18446744073709551615","stage_14_us":7)") +
+                            R"({"capture_seq":2,"run_id":"r","schema_version":1})" + '\n');
     CaptureReader reader(path);
     CaptureRow row;
     ASSERT_TRUE(reader.next(row));

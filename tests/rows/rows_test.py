@@ -206,7 +206,7 @@ class Rows(unittest.TestCase):
         log, calls, again = self.log(captures=100), self.path("calls"), self.path("again")
         rows = ("--rows", self.rows, "--run-id", "x" * 4000)
         self.play(log, *rows, "--json", calls)
-        self.play(log, *rows, "--json", again, status=1, says="captures.ndjson: cannot be written",
+        self.play(log, *rows, "--json", again, status=1, says=".ndjson: cannot be written",
                   **self.full(1 << 14))
         self.assertLess(2 << 14, os.path.getsize(calls))
         self.assertGreater(1 << 14, os.path.getsize(again))

@@ -36,11 +36,11 @@ class Stats(unittest.TestCase):
     def path(self, name):
         return os.path.join(self.folder.name, name)
 
-    def write(self, name, captures, nodes, **told):
+    def write(self, name, captures, nodes, told=()):
         """A folder of rows, of as many as `told`, or as there are."""
         os.mkdir(self.path(name))
         run = {"schema_version": 1, "run_id": "run", "captures": len(captures),
-               "nodes": len(nodes), **told}
+               "nodes": len(nodes), **dict(told)}
         for file, rows in (("captures", captures), ("nodes", nodes), ("run", [run])):
             with open(f"{self.path(name)}/{file}.ndjson", "w", encoding="utf-8") as out:
                 out.writelines(json.dumps(row) + "\n" for row in rows)
@@ -155,12 +155,12 @@ class Stats(unittest.TestCase):
         for told, text in (({"captures": 2}, "captures.ndjson: has 1 rows"),
                            ({"nodes": 3}, "nodes.ndjson: has 0 rows"),
                            ({"schema_version": 2}, "run.ndjson:1: schema_version: is 2")):
-            fewer = self.write(f"fewer{[*told]}", [capture(1)], [], **told)
+            fewer = self.write(f"fewer{[*told]}", [capture(1)], [], told)
             result = self.run_tool(PROGRAM, fewer)
             self.assertEqual((2, ""), (result.returncode, result.stdout))
             self.assertTrue(result.stderr.startswith(f"infosync-stats: {fewer}/{text}"),
                             result.stderr)
-        self.stats(self.write("untold", [capture(1)], [], captures=None))
+        self.stats(self.write("untold", [capture(1)], [], {"captures": None}))
 
         cut = self.write("cut", [capture(1)], [])
         with open(f"{cut}/captures.ndjson", "a", encoding="utf-8") as out:

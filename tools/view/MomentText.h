@@ -9,7 +9,8 @@
 
 namespace view {
 
-// A time of the session on the real clock: nanoseconds since 1970, UTC; absent if that is not known.
+// A time of the session on the real clock: nanoseconds since 1970, UTC; absent if that is not
+// known.
 Time realTime(Time at, const Session& session);
 
 // "at 2026-05-02 18:30:07.123 UTC", or if the real time is not known "at 120455.033 s since the
