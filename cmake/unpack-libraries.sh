@@ -15,7 +15,7 @@ packages=(libc++1-19 libc++-19-dev libc++abi1-19 libc++abi-19-dev libunwind-19 l
 case $architecture in
 arm64)
     packages+=(libc6 libc6-dev linux-libc-dev libgcc-s1 libgcc-12-dev libstdc++6
-        android-liblog android-liblog-dev nlohmann-json3-dev libcli11-dev)
+        android-liblog android-liblog-dev nlohmann-json3-dev rapidjson-dev libcli11-dev)
     ;;
 amd64) ;;
 *) usage ;;

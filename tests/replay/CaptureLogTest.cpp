@@ -49,8 +49,10 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
           call("updateAnchorFrame", R"("anchorFrame":15)"),
           call("updateVndResultInfo", R"("vendorResultInfo":{"-7":"seven"})"),
           call("updateVndResultInfo", R"("resultId":8,"errorCode":"error_result")"),
-          call("updateZuAlgoInfo", R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":"-inf"},)"
-                                   R"("algoTimeB":[[{"hex":"ff00C3"},2]],"algoTimeC":{"c":3e0}})"),
+          call("updateZuAlgoInfo",
+               R"("zuAlgoInfo":{"algoList":["a"],"algoTimeA":{"a":"-inf"},)"
+               R"("algoTimeB":[[{"hex":"ff00C3"},2]],)"
+               R"("algoTimeC":{"c":5708990770823839207320493820740630171e-5}})"),
           call("updateNodeProcState", R"("node":"n","state":"GetOutputError")"),
           call("updateSnapshotTimeInfo", R"("stage":"1request_to_zuhal")"),
           call("updateSnapshotTimeInfo", R"("timeInfo":{"15shot_2_view":19})"),
@@ -73,7 +75,7 @@ TEST(CaptureLine, GivesEachFieldToItsArgument) {
     info.zuAlgoInfo = {{"a"},
                        {{"a", -INFINITY}},
                        {{std::string("\xff\0\xc3", 3), 2}},
-                       {{"c", 3}},
+                       {{"c", 5708990770823839207320493820740630171e-5}},
                        {{"n", "GetOutputError"}}};
     info.timeInfo = {{"15shot_2_view", 19}, {"1request_to_zuhal", -1}};
     EXPECT_EQ(fuzz::contentOf(record), fuzz::contentOf(expected));

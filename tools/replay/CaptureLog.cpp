@@ -6,10 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "FieldErrors.h"
 #include "FieldReader.h"
+#include "JsonTree.h"
 #include "LineError.h"
 #include "Operations.h"
 #include "Spelling.h"
@@ -18,37 +17,36 @@
 namespace replay {
 namespace {
 
-constexpr int64_t kLongestSleepMs = 60'000;
+constexpr uint64_t kLongestSleepMs = 60'000;
 constexpr std::string_view kOtherManager = "GetInstance";
 
 // What a line is, by the first of these fields that it has.
 struct LineKind {
     std::string_view field;
-    void (*read)(const json& line, const std::string& imageSuffix, CaptureStep& step,
+    void (*read)(const JsonValue& line, const std::string& imageSuffix, CaptureStep& step,
                  Errors& errors);
     bool recorded;  // stands in a recording only
 };
 
 // Reads a field that may be missing.
 template <typename Value>
-void readOptional(const json& line, std::string_view field, Value& out, Errors& errors) {
-    const auto position = line.find(std::string(field));
-    if (position != line.end()) {
-        readValue(*position, out, Path{nullptr, field}, errors);
+void readOptional(const JsonValue& line, std::string_view field, Value& out, Errors& errors) {
+    if (const JsonValue* value = line.find(field); value != nullptr) {
+        readValue(*value, out, Path{nullptr, field}, errors);
     }
 }
 
 template <typename Value>
-void readRequired(const json& line, std::string_view field, Value& out, Errors& errors) {
-    if (!line.contains(std::string(field))) {
+void readRequired(const JsonValue& line, std::string_view field, Value& out, Errors& errors) {
+    if (!line.contains(field)) {
         errors.add(Path{nullptr, field}, "is missing");
     }
     readOptional(line, field, out, errors);
 }
 
 // Returns whether the line, of a log without a header, has the field all the same.
-bool refuseWithoutHeader(const json& line, std::string_view field, Errors& errors) {
-    const bool refused = !errors.underHeader() && line.contains(std::string(field));
+bool refuseWithoutHeader(const JsonValue& line, std::string_view field, Errors& errors) {
+    const bool refused = !errors.underHeader() && line.contains(field);
     if (refused) {
         errors.add(Path{nullptr, field},
                    "is a recording's, and the recording's first line, its header, is missing");
@@ -57,35 +55,39 @@ bool refuseWithoutHeader(const json& line, std::string_view field, Errors& error
 }
 
 // Reads where and when a line was recorded.
-void readOrigin(const json& line, std::string_view numberField, CaptureStep& step, Errors& errors) {
+void readOrigin(const JsonValue& line, std::string_view numberField, CaptureStep& step,
+                Errors& errors) {
     for (const std::string_view field : {"n", "tid", "omitted", "unordered"}) {
         if (refuseWithoutHeader(line, field, errors)) {
             return;
         }
     }
-    if (line.contains("at")) {
-        readValue(line["at"], step.at.emplace(), Path{nullptr, "at"}, errors);
+    const JsonValue* at = line.find("at");
+    const JsonValue* thread = line.find("thread");
+    if (at != nullptr) {
+        readValue(*at, step.at.emplace(), Path{nullptr, "at"}, errors);
     }
     readOptional(line, "thread", step.thread, errors);
     readOptional(line, "unordered", step.unordered, errors);
-    if (line.contains("tid")) {
-        readValue(line["tid"], step.tid.emplace(), Path{nullptr, "tid"}, errors);
+    if (const JsonValue* tid = line.find("tid"); tid != nullptr) {
+        readValue(*tid, step.tid.emplace(), Path{nullptr, "tid"}, errors);
         readRequired(line, numberField, step.number, errors);
         for (const std::string_view field : {"at", "thread"}) {
-            if (!line.contains(std::string(field))) {
+            if (!line.contains(field)) {
                 errors.add(Path{nullptr, field}, "is missing");
             }
         }
-    } else if (line.contains("thread") && line["thread"].is_string() && step.thread.empty()) {
+    } else if (thread != nullptr && thread->isText() && step.thread.empty()) {
         errors.add(Path{nullptr, "thread"}, "must not be empty");
     }
 }
 
-void readManager(const json& line, CaptureStep& step, Errors& errors) {
-    if (!line.contains("manager")) {
+void readManager(const JsonValue& line, CaptureStep& step, Errors& errors) {
+    const JsonValue* manager = line.find("manager");
+    if (manager == nullptr) {
         return;
     }
-    step.onOtherManager = line["manager"] == kOtherManager;
+    step.onOtherManager = manager->isText() && manager->text() == kOtherManager;
     if (!step.onOtherManager) {
         errors.add(Path{nullptr, "manager"},
                    "must be \"" + std::string(kOtherManager) +
@@ -93,13 +95,14 @@ void readManager(const json& line, CaptureStep& step, Errors& errors) {
     }
 }
 
-void readCallLine(const json& line, const std::string& imageSuffix, CaptureStep& step,
+void readCallLine(const JsonValue& line, const std::string& imageSuffix, CaptureStep& step,
                   Errors& errors) {
-    if (!line["call"].is_string()) {
+    const JsonValue& call = *line.find("call");
+    if (!call.isText()) {
         errors.add(Path{nullptr, "call"}, "must be a string");
         return;
     }
-    const auto& name = line["call"].get_ref<const std::string&>();
+    const std::string_view name = call.text();
     if (line.contains("omitted")) {
         step.kind = CaptureStep::Kind::kOmittedCall;
         readOptional(line, "image", step.image.emplace(), errors);
@@ -114,7 +117,7 @@ void readCallLine(const json& line, const std::string& imageSuffix, CaptureStep&
     }
 }
 
-void readAnswerLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+void readAnswerLine(const JsonValue& line, const std::string& /*imageSuffix*/, CaptureStep& step,
                     Errors& errors) {
     step.kind = CaptureStep::Kind::kAnswer;
     readOrigin(line, "answered", step, errors);
@@ -130,21 +133,23 @@ void readAnswerLine(const json& line, const std::string& /*imageSuffix*/, Captur
     }
 }
 
-void expectAlone(const json& line, std::string_view field, Errors& errors) {
-    for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
-        if (key != field) {
-            errors.add(Path{nullptr, key}, "cannot be given together with " + std::string(field));
+void expectAlone(const JsonValue& line, std::string_view field, Errors& errors) {
+    for (const JsonValue& member : line) {
+        if (member.name() != field) {
+            errors.add(Path{nullptr, member.name()},
+                       "cannot be given together with " + std::string(field));
         }
     }
 }
 
-void expectTrue(const json& line, std::string_view field, Errors& errors) {
-    if (line[std::string(field)] != true) {
+void expectTrue(const JsonValue& line, std::string_view field, Errors& errors) {
+    const JsonValue& value = *line.find(field);
+    if (!value.isBool() || !value.boolean()) {
         errors.add(Path{nullptr, field}, "must be true");
     }
 }
 
-void readEndLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+void readEndLine(const JsonValue& line, const std::string& /*imageSuffix*/, CaptureStep& step,
                  Errors& errors) {
     step.kind = CaptureStep::Kind::kEnd;
     expectTrue(line, "end", errors);
@@ -156,24 +161,24 @@ void readEndLine(const json& line, const std::string& /*imageSuffix*/, CaptureSt
     }
 }
 
-void readBarrierLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+void readBarrierLine(const JsonValue& line, const std::string& /*imageSuffix*/, CaptureStep& step,
                      Errors& errors) {
     step.kind = CaptureStep::Kind::kBarrier;
     expectAlone(line, "barrier", errors);
     expectTrue(line, "barrier", errors);
 }
 
-void readSleepLine(const json& line, const std::string& /*imageSuffix*/, CaptureStep& step,
+void readSleepLine(const JsonValue& line, const std::string& /*imageSuffix*/, CaptureStep& step,
                    Errors& errors) {
     step.kind = CaptureStep::Kind::kSleep;
     expectAlone(line, "sleepMs", errors);
-    const json& value = line["sleepMs"];
-    if (!value.is_number_unsigned() || value.get<uint64_t>() > kLongestSleepMs) {
+    const JsonValue& value = *line.find("sleepMs");
+    if (!value.isUnsigned() || value.unsignedNumber() > kLongestSleepMs) {
         errors.add(Path{nullptr, "sleepMs"},
                    "must be a whole number from 0 to " + std::to_string(kLongestSleepMs));
         return;
     }
-    step.sleep = std::chrono::milliseconds(value.get<int64_t>());
+    step.sleep = std::chrono::milliseconds(value.unsignedNumber());
 }
 
 constexpr LineKind kLineKinds[] = {
@@ -183,16 +188,16 @@ constexpr LineKind kLineKinds[] = {
 };
 
 // What is wrong with an object that has none of the fields that make a line.
-void refuseForeign(const json& line, CaptureStep& step, Errors& errors) {
+void refuseForeign(const JsonValue& line, CaptureStep& step, Errors& errors) {
     if (line.contains("format")) {
         errors.add(Path{nullptr, "format"}, "the header must be the log's first line");
         return;
     }
     std::string guess;
-    for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
-        guess = didYouMean(key, {"call", "barrier", "sleepMs"});
+    for (const JsonValue& member : line) {
+        guess = didYouMean(member.name(), {"call", "barrier", "sleepMs"});
         if (!guess.empty()) {
-            errors.add(Path{nullptr, key}, "is not a field of a line" + guess);
+            errors.add(Path{nullptr, member.name()}, "is not a field of a line" + guess);
             return;
         }
     }
@@ -200,10 +205,10 @@ void refuseForeign(const json& line, CaptureStep& step, Errors& errors) {
     errors.add(Path{nullptr, "call"}, "is missing");
 }
 
-void readObject(const json& line, const std::string& imageSuffix, CaptureStep& step,
+void readObject(const JsonValue& line, const std::string& imageSuffix, CaptureStep& step,
                 Errors& errors) {
     for (const LineKind& kind : kLineKinds) {
-        if (line.contains(std::string(kind.field))) {
+        if (line.contains(kind.field)) {
             if (!kind.recorded || !refuseWithoutHeader(line, kind.field, errors)) {
                 kind.read(line, imageSuffix, step, errors);
             }
@@ -216,20 +221,30 @@ void readObject(const json& line, const std::string& imageSuffix, CaptureStep& s
 }  // namespace
 
 CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffix,
-                            std::vector<LineError>& errorList, LineRules rules) {
+                            std::vector<LineError>& errorList, LineRules rules, JsonTree& tree) {
     CaptureStep step;
     const size_t begin = line.find_first_not_of(" \t\r");
     if (begin == std::string_view::npos || line[begin] == '#') {
         return step;
     }
+    if (const JsonValue* object = tree.parse(line); object != nullptr) {
+        std::vector<LineError> found;
+        Errors errors(found, rules);
+        readObject(*object, imageSuffix, step, errors);
+        if (found.empty()) {
+            return step;
+        }
+        step = {};
+    }
+    // Something is wrong, which is told in the order of the members' names, or odd.
     bool isJson = true;
-    const json value = parseObject(line, errorList, &isJson);
-    if (value.is_null()) {
+    const JsonValue* object = parseObject(line, tree, errorList, &isJson);
+    if (object == nullptr) {
         step.kind = isJson ? CaptureStep::Kind::kForeign : CaptureStep::Kind::kBroken;
         return step;
     }
     Errors errors(errorList, rules);
-    readObject(value, imageSuffix, step, errors);
+    readObject(*object, imageSuffix, step, errors);
     return step;
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "FieldErrors.h"
+#include "JsonTree.h"
 #include "LineError.h"
 
 namespace camInfosync {
@@ -81,9 +82,14 @@ struct CaptureStep {
 // Reads a line without its newline. Everything that is wrong with it is appended to `errors`;
 // the step is meaningful only if nothing was, except that its kind then is kForeign or kBroken
 // if the line is so. `imageSuffix` is appended to the image name. Any bytes may be given; the
-// memory needed is proportional to their number.
+// memory needed is proportional to their number. `tree` is room that lines can share.
 CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffix,
-                            std::vector<LineError>& errors,
-                            LineRules rules = LineRules::kWithoutHeader);
+                            std::vector<LineError>& errors, LineRules rules, JsonTree& tree);
+inline CaptureStep readCaptureLine(std::string_view line, const std::string& imageSuffix,
+                                   std::vector<LineError>& errors,
+                                   LineRules rules = LineRules::kWithoutHeader) {
+    JsonTree tree;
+    return readCaptureLine(line, imageSuffix, errors, rules, tree);
+}
 
 }  // namespace replay

@@ -20,14 +20,10 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-#include <nlohmann/json_fwd.hpp>
-
 #include "FieldErrors.h"
+#include "JsonTree.h"
 
 namespace replay {
-
-using nlohmann::json;
 
 // A text that the library takes as a const char*; none is a null pointer.
 using ZeroTerminated = std::optional<std::string>;
@@ -44,34 +40,35 @@ std::string wholeNumber() {
 // error.
 
 template <typename Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
-void readValue(const json& value, Integer& out, const Path& path, Errors& errors) {
+void readValue(const JsonValue& value, Integer& out, const Path& path, Errors& errors) {
     using Limits = std::numeric_limits<Integer>;
     bool fits = false;
-    if (value.is_number_unsigned()) {
-        fits = value.get<uint64_t>() <= static_cast<uint64_t>(Limits::max());
-    } else if (value.is_number_integer()) {  // negative
-        fits = value.get<int64_t>() >= static_cast<int64_t>(Limits::min());
+    if (value.isUnsigned()) {
+        fits = value.unsignedNumber() <= static_cast<uint64_t>(Limits::max());
+    } else if (value.isWhole()) {  // negative
+        fits = value.signedNumber() >= static_cast<int64_t>(Limits::min());
     }
     if (!fits) {
         errors.add(path, "must be " + wholeNumber<Integer>());
         return;
     }
-    out = value.get<Integer>();
+    out = value.isUnsigned() ? static_cast<Integer>(value.unsignedNumber())
+                             : static_cast<Integer>(value.signedNumber());
 }
 
 template <typename Enum, std::enable_if_t<std::is_enum_v<Enum>, int> = 0>
-void readValue(const json& value, Enum& out, const Path& path, Errors& errors) {
+void readValue(const JsonValue& value, Enum& out, const Path& path, Errors& errors) {
     std::underlying_type_t<Enum> number = 0;
     readValue(value, number, path, errors);
     out = static_cast<Enum>(number);
 }
 
-inline void readValue(const json& value, bool& out, const Path& path, Errors& errors) {
-    if (!value.is_boolean()) {
+inline void readValue(const JsonValue& value, bool& out, const Path& path, Errors& errors) {
+    if (!value.isBool()) {
         errors.add(path, "must be true or false");
         return;
     }
-    out = value.get<bool>();
+    out = value.boolean();
 }
 
 // The number that "inf", "-inf" or "nan:0x" and the number's bits stands for. Returns whether
@@ -112,15 +109,15 @@ inline void assign(double number, float& out) {
 }
 
 template <typename Float, std::enable_if_t<std::is_floating_point_v<Float>, int> = 0>
-void readValue(const json& value, Float& out, const Path& path, Errors& errors) {
-    if (value.is_string() && readSpecial(value.get_ref<const std::string&>(), out)) {
+void readValue(const JsonValue& value, Float& out, const Path& path, Errors& errors) {
+    if (value.isText() && readSpecial(value.text(), out)) {
         return;
     }
-    if (!value.is_number()) {
+    if (!value.isNumber()) {
         errors.add(path, "must be a number");
         return;
     }
-    const auto number = value.get<double>();
+    const double number = value.number();
     if (std::fabs(number) > static_cast<double>(std::numeric_limits<Float>::max())) {
         errors.add(path, "is too large for a 32-bit float");
         return;
@@ -145,19 +142,22 @@ inline bool bytesOfHex(std::string_view hex, std::string& bytes) {
 }
 
 // A text: a string, or {"hex":"..."} with its bytes.
-inline void readValue(const json& value, std::string& out, const Path& path, Errors& errors) {
-    if (value.is_string()) {
-        out = value.get_ref<const std::string&>();
-    } else if (!value.is_object() || value.size() != 1 || !value.contains("hex")) {
+inline void readValue(const JsonValue& value, std::string& out, const Path& path, Errors& errors) {
+    if (value.isText()) {
+        out = value.text();
+        return;
+    }
+    const JsonValue* hex = value.isObject() && value.size() == 1 ? value.find("hex") : nullptr;
+    if (hex == nullptr) {
         errors.add(path, "must be a string");
-    } else if (!value["hex"].is_string() ||
-               !bytesOfHex(value["hex"].get_ref<const std::string&>(), out)) {
+    } else if (!hex->isText() || !bytesOfHex(hex->text(), out)) {
         errors.add(Path{&path, "hex"}, "must be a string of pairs of hexadecimal digits");
     }
 }
 
-inline void readValue(const json& value, ZeroTerminated& out, const Path& path, Errors& errors) {
-    if (value.is_null()) {
+inline void readValue(const JsonValue& value, ZeroTerminated& out, const Path& path,
+                      Errors& errors) {
+    if (value.isNull()) {
         out.reset();
         return;
     }
@@ -168,25 +168,28 @@ inline void readValue(const json& value, ZeroTerminated& out, const Path& path, 
 }
 
 template <typename Element>
-void readValue(const json& value, std::vector<Element>& out, const Path& path, Errors& errors) {
-    if (!value.is_array()) {
+void readValue(const JsonValue& value, std::vector<Element>& out, const Path& path,
+               Errors& errors) {
+    if (!value.isArray()) {
         errors.add(path, "must be an array");
         return;
     }
     out.resize(value.size());
-    for (size_t i = 0; i < out.size(); ++i) {
-        readValue(value[i], out[i], Path{&path, {}, i}, errors);
+    size_t i = 0;
+    for (const JsonValue& element : value) {
+        readValue(element, out[i], Path{&path, {}, i}, errors);
+        ++i;
     }
 }
 
 // The same for the name of an object's member. Returns whether `out` was set.
-inline bool readKey(const std::string& text, std::string& out, const Path& /*path*/,
+inline bool readKey(std::string_view text, std::string& out, const Path& /*path*/,
                     Errors& /*errors*/) {
     out = text;
     return true;
 }
 
-inline bool readKey(const std::string& text, int32_t& out, const Path& path, Errors& errors) {
+inline bool readKey(std::string_view text, int32_t& out, const Path& path, Errors& errors) {
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, out);
     if (error != std::errc() || stop != end) {
@@ -198,7 +201,7 @@ inline bool readKey(const std::string& text, int32_t& out, const Path& path, Err
 
 // Reads one entry of a map, whose key has been read.
 template <typename Key, typename Value>
-void readEntry(Key key, const json& value, std::map<Key, Value>& out, const Path& path,
+void readEntry(Key key, const JsonValue& value, std::map<Key, Value>& out, const Path& path,
                Errors& errors) {
     const auto [position, isNew] = out.try_emplace(std::move(key));
     if (!isNew) {
@@ -210,33 +213,38 @@ void readEntry(Key key, const json& value, std::map<Key, Value>& out, const Path
 
 // A map as an array of pairs, for names that are no strings of JSON.
 template <typename Key, typename Value>
-void readPairs(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
-    for (size_t i = 0; i < value.size(); ++i) {
-        const Path pairPath{&path, {}, i};
-        if (!value[i].is_array() || value[i].size() != 2) {
+void readPairs(const JsonValue& value, std::map<Key, Value>& out, const Path& path,
+               Errors& errors) {
+    size_t i = 0;
+    for (const JsonValue& pair : value) {
+        const Path pairPath{&path, {}, i++};
+        if (!pair.isArray() || pair.size() != 2) {
             errors.add(pairPath, "must be an array of a name and a value");
             continue;
         }
+        JsonValue::Iterator half = pair.begin();
         Key key{};
-        readValue(value[i][0], key, Path{&pairPath, {}, 0}, errors);
-        readEntry(std::move(key), value[i][1], out, pairPath, errors);
+        readValue(*half, key, Path{&pairPath, {}, 0}, errors);
+        ++half;
+        readEntry(std::move(key), *half, out, pairPath, errors);
     }
 }
 
 template <typename Key, typename Value>
-void readValue(const json& value, std::map<Key, Value>& out, const Path& path, Errors& errors) {
-    if (value.is_array()) {
+void readValue(const JsonValue& value, std::map<Key, Value>& out, const Path& path,
+               Errors& errors) {
+    if (value.isArray()) {
         readPairs(value, out, path, errors);
         return;
     }
-    if (!value.is_object()) {
+    if (!value.isObject()) {
         errors.add(path, "must be an object");
         return;
     }
-    for (const auto& [name, member] : value.get_ref<const json::object_t&>()) {
-        const Path memberPath{&path, name};
+    for (const JsonValue& member : value) {
+        const Path memberPath{&path, member.name()};
         Key key{};
-        if (readKey(name, key, memberPath, errors)) {
+        if (readKey(member.name(), key, memberPath, errors)) {
             readEntry(std::move(key), member, out, memberPath, errors);
         }
     }
@@ -245,9 +253,9 @@ void readValue(const json& value, std::map<Key, Value>& out, const Path& path, E
 // Reads an object member by member; what it lacks stays as it is.
 class Members {
   public:
-    Members(const json& value, const Path& path, Errors& errors)
+    Members(const JsonValue& value, const Path& path, Errors& errors)
         : mValue(value), mPath(path), mErrors(errors) {
-        if (!mValue.is_object()) {
+        if (!mValue.isObject()) {
             mErrors.add(mPath, "must be an object");
         }
     }
@@ -255,27 +263,27 @@ class Members {
     template <typename Member>
     Members& read(std::string_view name, Member& out) {
         mKnown.push_back(name);
-        const auto position = mValue.is_object() ? mValue.find(std::string(name)) : mValue.end();
-        if (position != mValue.end()) {
-            readValue(*position, out, Path{&mPath, name}, mErrors);
+        const JsonValue* member = mValue.isObject() ? mValue.find(name) : nullptr;
+        if (member != nullptr) {
+            readValue(*member, out, Path{&mPath, name}, mErrors);
         }
         return *this;
     }
 
     // Refuses what was not read. `owner` is the object's name in the message.
     void finish(std::string_view owner) {
-        if (!mValue.is_object()) {
+        if (!mValue.isObject()) {
             return;
         }
-        for (const auto& [name, member] : mValue.get_ref<const json::object_t&>()) {
-            if (std::find(mKnown.begin(), mKnown.end(), name) == mKnown.end()) {
-                mErrors.addUnknown(Path{&mPath, name}, owner, mKnown);
+        for (const JsonValue& member : mValue) {
+            if (std::find(mKnown.begin(), mKnown.end(), member.name()) == mKnown.end()) {
+                mErrors.addUnknown(Path{&mPath, member.name()}, owner, mKnown);
             }
         }
     }
 
   private:
-    const json& mValue;
+    const JsonValue& mValue;
     const Path& mPath;
     Errors& mErrors;
     std::vector<std::string_view> mKnown;

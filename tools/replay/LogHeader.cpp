@@ -14,6 +14,7 @@
 #include "FieldErrors.h"
 #include "FieldReader.h"
 #include "InputKind.h"
+#include "JsonTree.h"
 #include "LineError.h"
 #include "LogFile.h"
 #include "Printable.h"
@@ -59,28 +60,30 @@ void checkProperties(const LogHeader& header, const Path& path, Errors& errors) 
     }
 }
 
-void readIfThere(const json& line, const char* field, std::optional<int64_t>& out, Errors& errors) {
-    if (line.contains(field)) {
-        readValue(line[field], out.emplace(), Path{nullptr, field}, errors);
+void readIfThere(const JsonValue& line, const char* field, std::optional<int64_t>& out,
+                 Errors& errors) {
+    if (const JsonValue* value = line.find(field); value != nullptr) {
+        readValue(*value, out.emplace(), Path{nullptr, field}, errors);
     }
 }
 
-void readHeaderFields(const json& line, LogHeader& header, Errors& errors) {
+void readHeaderFields(const JsonValue& line, LogHeader& header, Errors& errors) {
     const Path top;  // the line
     std::string format;
     std::string version;
-    readValue(line["format"], format, Path{nullptr, "format"}, errors);
+    readValue(*line.find("format"), format, Path{nullptr, "format"}, errors);
     if (!errors.any() && format != kFormat) {
         errors.add(Path{nullptr, "format"}, "must be \"" + std::string(kFormat) + '"');
     }
     if (errors.any()) {
         return;
     }
-    if (!line.contains("version")) {
+    const JsonValue* given = line.find("version");
+    if (given == nullptr) {
         errors.add(Path{nullptr, "version"}, "is missing");
         return;
     }
-    readValue(line["version"], version, Path{nullptr, "version"}, errors);
+    readValue(*given, version, Path{nullptr, "version"}, errors);
     if (!errors.any()) {
         checkVersion(version, Path{nullptr, "version"}, errors);
     }
@@ -122,8 +125,9 @@ bool nextLine(LogFile& log, std::string& line) {
 bool readHeaderLine(LogFile& log, const std::string& line, LogHeader& header) {
     std::vector<LineError> errorList;
     bool isJson = true;
-    const json value = parseObject(line, errorList, &isJson);
-    const bool isHeader = value.is_object() && value.contains("format") && !value.contains("call");
+    JsonTree tree;
+    const JsonValue* value = parseObject(line, tree, errorList, &isJson);
+    const bool isHeader = value != nullptr && value->contains("format") && !value->contains("call");
     if (!isHeader && !beginsAsHeader(line)) {
         return true;
     }
@@ -135,7 +139,7 @@ bool readHeaderLine(LogFile& log, const std::string& line, LogHeader& header) {
     if (isHeader) {
         header.line = log.lineNumber();
         Errors errors(errorList, LineRules::kUnderHeader);
-        readHeaderFields(value, header, errors);
+        readHeaderFields(*value, header, errors);
     }
     for (const LineError& error : errorList) {
         std::cerr << log.place() << ": " << error.field << ": " << error.what << '\n';

@@ -14,12 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "CaptureLog.h"
 #include "FieldErrors.h"
 #include "FieldReader.h"
 #include "InfoSynchronizerManager.h"
+#include "JsonTree.h"
 #include "RecordReader.h"
 #include "Spelling.h"
 
@@ -53,7 +52,7 @@ CodeNames codeNames(const char* const (&texts)[Count]) {
 }
 
 template <typename Code>
-void readCodeName(const std::string& name, CodeNames codes, Code& out, const Path& path,
+void readCodeName(std::string_view name, CodeNames codes, Code& out, const Path& path,
                   Errors& errors) {
     const std::vector<std::string_view> texts(codes.texts, codes.texts + codes.count);
     const auto position = std::find(texts.begin(), texts.end(), name);
@@ -121,8 +120,11 @@ class OperationForm {
     template <typename... Arguments>
     OperationForm(std::string_view name, void (InfoSynchronizerManager::*operation)(Arguments...),
                   const std::array<Field, sizeof...(Arguments)>& fields)
-        : mName(name), mFields(fields.begin(), fields.end()) {
-        mReadArguments = [operation, fields](const json& line, const std::string& suffix,
+        : mName(name) {
+        for (const Field& field : fields) {
+            mFields.push_back(field.name);
+        }
+        mReadArguments = [operation, fields](const JsonValue& line, const std::string& suffix,
                                              CaptureStep& step, Errors& errors) {
             bindArguments(operation, fields, line, suffix, step, errors,
                           std::index_sequence_for<Arguments...>());
@@ -130,36 +132,34 @@ class OperationForm {
     }
 
     std::string_view name() const { return mName; }
-    const std::vector<Field>& fields() const { return mFields; }
+    const std::vector<std::string_view>& fields() const { return mFields; }
     bool has(std::string_view name) const {
-        return std::any_of(mFields.begin(), mFields.end(),
-                           [name](const Field& field) { return field.name == name; });
+        return std::find(mFields.begin(), mFields.end(), name) != mFields.end();
     }
-    size_t countPresent(const json& line) const {
-        return static_cast<size_t>(std::count_if(
-                mFields.begin(), mFields.end(),
-                [&line](const Field& field) { return line.contains(std::string(field.name)); }));
+    size_t countPresent(const JsonValue& line) const {
+        return static_cast<size_t>(
+                std::count_if(mFields.begin(), mFields.end(),
+                              [&line](std::string_view field) { return line.contains(field); }));
     }
     // Sets the step's call, and its image if the operation has one.
-    void readArguments(const json& line, const std::string& imageSuffix, CaptureStep& step,
+    void readArguments(const JsonValue& line, const std::string& imageSuffix, CaptureStep& step,
                        Errors& errors) const {
         mReadArguments(line, imageSuffix, step, errors);
     }
 
   private:
     template <typename Value>
-    static void readField(const json& line, const Field& field, Value& out, Errors& errors) {
-        const auto position = line.find(std::string(field.name));
+    static void readField(const JsonValue& line, const Field& field, Value& out, Errors& errors) {
+        const JsonValue* value = line.find(field.name);
         const Path path{nullptr, field.name};
         if constexpr (std::is_integral_v<Value>) {
-            if (field.codes.count != 0 && position != line.end() && position->is_string()) {
-                readCodeName(position->get_ref<const std::string&>(), field.codes, out, path,
-                             errors);
+            if (field.codes.count != 0 && value != nullptr && value->isText()) {
+                readCodeName(value->text(), field.codes, out, path, errors);
                 return;
             }
         }
-        if (position != line.end()) {
-            readValue(*position, out, path, errors);
+        if (value != nullptr) {
+            readValue(*value, out, path, errors);
         } else if (!field.optional) {
             errors.add(path, "is missing");
         }
@@ -168,8 +168,9 @@ class OperationForm {
     template <typename... Arguments, size_t... I>
     static void bindArguments(void (InfoSynchronizerManager::*operation)(Arguments...),
                               const std::array<Field, sizeof...(Arguments)>& fields,
-                              const json& line, const std::string& imageSuffix, CaptureStep& step,
-                              Errors& errors, std::index_sequence<I...> /*indices*/) {
+                              const JsonValue& line, const std::string& imageSuffix,
+                              CaptureStep& step, Errors& errors,
+                              std::index_sequence<I...> /*indices*/) {
         std::tuple<StoredArgument<Arguments>...> arguments;
         (readField(line, fields[I], std::get<I>(arguments), errors), ...);
         if constexpr (std::is_same_v<std::decay_t<decltype(std::get<0>(arguments))>, std::string>) {
@@ -183,8 +184,8 @@ class OperationForm {
     }
 
     std::string_view mName;
-    std::vector<Field> mFields;
-    std::function<void(const json&, const std::string&, CaptureStep&, Errors&)> mReadArguments;
+    std::vector<std::string_view> mFields;
+    std::function<void(const JsonValue&, const std::string&, CaptureStep&, Errors&)> mReadArguments;
 };
 
 }  // namespace replay

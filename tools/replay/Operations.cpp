@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
@@ -9,13 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "CaptureLog.h"
 #include "FieldErrors.h"
 #include "FieldReader.h"
 #include "InfoSyncType.h"
 #include "InfoSynchronizerManager.h"
+#include "JsonTree.h"
 #include "OperationForm.h"
 #include "Printable.h"
 #include "RecordReader.h"
@@ -37,7 +37,8 @@ using Manager = InfoSynchronizerManager;
 template <typename... Arguments>
 using Operation = void (Manager::*)(std::string, Arguments...);
 
-const std::vector<OperationForm>& forms() {
+// The forms of an operation stand together.
+const std::vector<OperationForm>& allForms() {
     static const std::vector<OperationForm> forms = {
             {"registerSnapshotRequestRecord",
              &Manager::registerSnapshotRequestRecord,
@@ -105,49 +106,73 @@ const std::vector<OperationForm>& forms() {
     return forms;
 }
 
-// The form of the operation that the line's fields fit best, or null.
-const OperationForm* findForm(std::string_view name, const json& line) {
-    const OperationForm* best = nullptr;
-    for (const OperationForm& form : forms()) {
-        if (form.name() == name &&
-            (best == nullptr || form.countPresent(line) > best->countPresent(line))) {
+// The forms of one operation.
+struct FormRange {
+    const OperationForm* first;
+    const OperationForm* last;
+
+    const OperationForm* begin() const { return first; }
+    const OperationForm* end() const { return last; }
+};
+
+FormRange formsOf(std::string_view name) {
+    const OperationForm* begin = allForms().data();
+    const OperationForm* end = begin + allForms().size();
+    const auto hasName = [name](const OperationForm& form) { return form.name() == name; };
+    const OperationForm* first = std::find_if(begin, end, hasName);
+    return {first, std::find_if_not(first, end, hasName)};
+}
+
+// The form that the line's fields fit best.
+const OperationForm& bestForm(FormRange forms, const JsonValue& line) {
+    const OperationForm* best = forms.first;
+    for (const OperationForm& form : forms) {
+        if (&form != best && form.countPresent(line) > best->countPresent(line)) {
             best = &form;
         }
     }
-    return best;
+    return *best;
 }
 
 // Fields that any call may have.
-const std::vector<std::string_view>& commonFields() {
-    static const std::vector<std::string_view> fields = {"call", "thread", "at",     "manager",
-                                                         "n",    "tid",    "omitted"};
-    return fields;
+constexpr std::string_view kCommonFields[] = {"call", "thread", "at",     "manager",
+                                              "n",    "tid",    "omitted"};
+
+template <typename Names>
+bool isAmong(const Names& names, std::string_view name) {
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
-void checkUnknown(const json& line, std::vector<std::string_view> known, Errors& errors) {
-    known.insert(known.end(), commonFields().begin(), commonFields().end());
-    for (const auto& [key, value] : line.get_ref<const json::object_t&>()) {
-        if (std::find(known.begin(), known.end(), key) == known.end()) {
-            errors.addUnknown(Path{nullptr, key}, "this call", known);
+void checkUnknown(const JsonValue& line, const std::vector<std::string_view>& fields,
+                  Errors& errors) {
+    if (errors.underHeader()) {
+        return;
+    }
+    for (const JsonValue& member : line) {
+        if (!isAmong(fields, member.name()) && !isAmong(kCommonFields, member.name())) {
+            std::vector<std::string_view> known = fields;
+            known.insert(known.end(), std::begin(kCommonFields), std::end(kCommonFields));
+            errors.addUnknown(Path{nullptr, member.name()}, "this call", known);
         }
     }
 }
 
 // A field of `line` that `form` has and `other` has not; empty if there is none.
-std::string_view fieldOfOne(const json& line, const OperationForm& form,
+std::string_view fieldOfOne(const JsonValue& line, const OperationForm& form,
                             const OperationForm& other) {
-    for (const Field& field : form.fields()) {
-        if (!other.has(field.name) && line.contains(std::string(field.name))) {
-            return field.name;
+    for (const std::string_view field : form.fields()) {
+        if (!other.has(field) && line.contains(field)) {
+            return field;
         }
     }
     return {};
 }
 
 // Adds an error for a line that mixes the fields of two forms of its operation.
-void checkOneForm(const json& line, const OperationForm& best, Errors& errors) {
-    for (const OperationForm& other : forms()) {
-        if (other.name() != best.name() || &other == &best) {
+void checkOneForm(const JsonValue& line, FormRange forms, const OperationForm& best,
+                  Errors& errors) {
+    for (const OperationForm& other : forms) {
+        if (&other == &best) {
             continue;
         }
         const std::string_view own = fieldOfOne(line, best, other);
@@ -159,34 +184,32 @@ void checkOneForm(const json& line, const OperationForm& best, Errors& errors) {
     }
 }
 
-InfoSyncType readType(const json& line, Errors& errors) {
+// The field's value; null after an error if there is none.
+const JsonValue* require(const JsonValue& line, std::string_view field, Errors& errors) {
+    const JsonValue* value = line.find(field);
+    if (value == nullptr) {
+        errors.add(Path{nullptr, field}, "is missing");
+    }
+    return value;
+}
+
+InfoSyncType readType(const JsonValue& line, Errors& errors) {
     InfoSyncType type{};
-    const Path path{nullptr, "type"};
-    if (line.contains("type")) {
-        readValue(line["type"], type, path, errors);
-    } else {
-        errors.add(path, "is missing");
+    if (const JsonValue* value = require(line, "type", errors); value != nullptr) {
+        readValue(*value, type, Path{nullptr, "type"}, errors);
     }
     return type;
 }
 
-// Whether the field is there. Adds an error if it is not.
-bool require(const json& line, std::string_view field, Errors& errors) {
-    const bool there = line.contains(std::string(field));
-    if (!there) {
-        errors.add(Path{nullptr, field}, "is missing");
-    }
-    return there;
-}
-
-MakeCall readCommand(const json& line, CaptureStep& step, Errors& errors) {
+MakeCall readCommand(const JsonValue& line, CaptureStep& step, Errors& errors) {
     checkUnknown(line, {"type", "key", "out"}, errors);
     ZeroTerminated key;
-    if (require(line, "key", errors)) {
-        readValue(line["key"], key, Path{nullptr, "key"}, errors);
+    if (const JsonValue* value = require(line, "key", errors); value != nullptr) {
+        readValue(*value, key, Path{nullptr, "key"}, errors);
     }
-    const bool withoutOut = line.contains("out");
-    if (withoutOut && !line["out"].is_null()) {
+    const JsonValue* out = line.find("out");
+    const bool withoutOut = out != nullptr;
+    if (withoutOut && !out->isNull()) {
         errors.add(Path{nullptr, "out"}, "must be null, or left out");
     }
     step.arguments.isNull = !key || withoutOut;
@@ -197,13 +220,14 @@ MakeCall readCommand(const json& line, CaptureStep& step, Errors& errors) {
     };
 }
 
-MakeCall readCollecting(InfoSyncType type, const json& line, const std::string& imageSuffix,
+MakeCall readCollecting(InfoSyncType type, const JsonValue& line, const std::string& imageSuffix,
                         CaptureStep& step, Errors& errors) {
     checkUnknown(line, {"type", "record"}, errors);
-    if (!require(line, "record", errors)) {
+    const JsonValue* given = require(line, "record", errors);
+    if (given == nullptr) {
         return nullptr;
     }
-    if (line["record"].is_null()) {
+    if (given->isNull()) {
         step.arguments.isNull = true;
         return [type](InfoSynchronizerManager& manager) {
             manager.request(type, nullptr, nullptr);
@@ -212,7 +236,7 @@ MakeCall readCollecting(InfoSyncType type, const json& line, const std::string& 
     const auto record =
             std::make_shared<camInfosync::RequestRecord>(camInfosync::REQUEST_TYPE_DEFAULT);
     record->createTime = {};
-    readValue(line["record"], *record, Path{nullptr, "record"}, errors);
+    readValue(*given, *record, Path{nullptr, "record"}, errors);
     step.image = record->frameInfo.imageName;
     record->frameInfo.imageName += imageSuffix;
     step.arguments.image = record->frameInfo.imageName;
@@ -222,7 +246,7 @@ MakeCall readCollecting(InfoSyncType type, const json& line, const std::string& 
     };
 }
 
-void readRequest(const json& line, const std::string& imageSuffix, CaptureStep& step,
+void readRequest(const JsonValue& line, const std::string& imageSuffix, CaptureStep& step,
                  Errors& errors) {
     step.operation = kRequest;
     const InfoSyncType type = readType(line, errors);
@@ -250,21 +274,20 @@ void readRequest(const json& line, const std::string& imageSuffix, CaptureStep& 
 }  // namespace
 
 void readOperationName(std::string_view name, CaptureStep& step, Errors& errors) {
-    std::vector<std::string_view> known = {kRequest};
-    for (const OperationForm& form : forms()) {
-        known.push_back(form.name());
-    }
-    const auto position = std::find(known.begin(), known.end(), name);
-    if (position == known.end()) {
-        errors.add(Path{nullptr, "call"},
-                   "is not an operation: " + printable(name, kLongestFieldName) +
-                           didYouMean(name, known));
+    const FormRange forms = formsOf(name);
+    if (name == kRequest || forms.first != forms.last) {
+        step.operation = name == kRequest ? kRequest : forms.first->name();
         return;
     }
-    step.operation = *position;
+    std::vector<std::string_view> known = {kRequest};
+    for (const OperationForm& form : allForms()) {
+        known.push_back(form.name());
+    }
+    errors.add(Path{nullptr, "call"}, "is not an operation: " + printable(name, kLongestFieldName) +
+                                              didYouMean(name, known));
 }
 
-void readOperation(std::string_view name, const json& line, const std::string& imageSuffix,
+void readOperation(std::string_view name, const JsonValue& line, const std::string& imageSuffix,
                    CaptureStep& step, Errors& errors) {
     readOperationName(name, step, errors);
     if (errors.any()) {
@@ -274,19 +297,16 @@ void readOperation(std::string_view name, const json& line, const std::string& i
         readRequest(line, imageSuffix, step, errors);
         return;
     }
-    const OperationForm* form = findForm(name, line);
-    checkOneForm(line, *form, errors);
+    const FormRange forms = formsOf(name);
+    const OperationForm& form = bestForm(forms, line);
+    checkOneForm(line, forms, form, errors);
     if (errors.any()) {
         return;
     }
-    std::vector<std::string_view> known;
-    for (const Field& field : form->fields()) {
-        known.push_back(field.name);
-    }
-    checkUnknown(line, std::move(known), errors);
+    checkUnknown(line, form.fields(), errors);
     step.isFlush = name == kFlush;
     step.reports = step.isFlush;
-    form->readArguments(line, imageSuffix, step, errors);
+    form.readArguments(line, imageSuffix, step, errors);
 }
 
 }  // namespace replay

@@ -3,6 +3,7 @@
 #include <sys/prctl.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -30,6 +31,7 @@ using camInfosync::InfoSynchronizerManager;
 // What the service throws where it threw at the recording.
 struct ServiceThrew {};
 
+constexpr size_t kMostPosted = size_t{1} << 16;  // bytes of lines
 constexpr unsigned kDeepest = 100;  // calls within each other's questions; each takes some stack
 
 // A call that the calling thread is inside of.
@@ -136,10 +138,12 @@ void Playback::playRound(uint64_t doneBefore, Progress& progress) {
         }
         progress.show(doneBefore + mReader.log().position());
         if (mPace && step.at) {
+            waitForLastPost();
             mPace->keep(*step.at);
         }
-        playStep(std::move(step));
+        playStep(step);
     }
+    waitForLastPost();
     mThreads.wait();
     if (!mIsStopped && !mReader.isAtNotedLength()) {
         throwChanged();
@@ -150,35 +154,37 @@ void Playback::throwChanged() const {
     throw std::runtime_error(mReader.place() + ": the log has changed since it was checked");
 }
 
-void Playback::playStep(CaptureStep step) {
+void Playback::playStep(CaptureStep& step) {
     switch (step.kind) {
         case CaptureStep::Kind::kBarrier:
             mThreads.wait();
             break;
         case CaptureStep::Kind::kSleep:
+            waitForLastPost();
             std::this_thread::sleep_for(step.sleep);
             break;
         case CaptureStep::Kind::kCall:
         case CaptureStep::Kind::kOmittedCall:
             if (mFilter.judge(step) == CallFilter::Verdict::kPlayed) {
-                playCall(std::move(step));
+                playCall(step);
             }
             break;
         case CaptureStep::Kind::kAnswer:
-            playAnswer(std::move(step));
+            playAnswer(step);
             break;
         default:  // nothing to do
             break;
     }
 }
 
-void Playback::playCall(CaptureStep step) {
+void Playback::playCall(CaptureStep& step) {
     mCalls += 1;
     mFlushes += step.isFlush ? 1 : 0;
     const bool awaitsAnswer =
             step.isRecorded() &&
             std::binary_search(mFacts.answered.begin(), mFacts.answered.end(), step.number);
     if (!step.isRecorded() && step.thread.empty()) {
+        waitForLastPost();
         makeCall(step, awaitsAnswer);
         return;
     }
@@ -202,7 +208,7 @@ void Playback::makeCall(const CaptureStep& step, bool awaitsAnswer) {
     });
 }
 
-void Playback::playAnswer(CaptureStep step) {
+void Playback::playAnswer(CaptureStep& step) {
     const std::string thread = threadKey(step);
     post(thread, [this, step = std::move(step)] {
         if (!step.answer.threw) {
@@ -215,9 +221,24 @@ void Playback::playAnswer(CaptureStep step) {
 }
 
 void Playback::post(const std::string& thread, std::function<void()> task) {
+    if (!mInOrder) {
+        mThreads.post(thread, mReader.lineSize(), std::move(task));
+        return;
+    }
+    // Calls of one thread in a row wait for each other there, while the next lines are read.
+    if (thread != mLastThread || mPostedSize > kMostPosted) {
+        waitForLastPost();
+    }
     mThreads.post(thread, mReader.lineSize(), std::move(task));
-    if (mInOrder) {
-        mThreads.waitForRest(thread);
+    mLastThread = thread;
+    mPostedSize += mReader.lineSize();
+}
+
+void Playback::waitForLastPost() {
+    if (!mLastThread.empty()) {
+        mThreads.waitForRest(mLastThread);
+        mLastThread.clear();
+        mPostedSize = 0;
     }
 }
 

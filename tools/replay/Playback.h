@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -83,11 +84,12 @@ class Playback {
 
     void playRound(uint64_t doneBefore, Progress& progress);
     [[noreturn]] void throwChanged() const;
-    void playStep(CaptureStep step);
-    void playCall(CaptureStep step);
+    void playStep(CaptureStep& step);
+    void playCall(CaptureStep& step);
     void makeCall(const CaptureStep& step, bool awaitsAnswer);
-    void playAnswer(CaptureStep step);
+    void playAnswer(CaptureStep& step);
     void post(const std::string& thread, std::function<void()> task);
+    void waitForLastPost();
     std::string answer(const std::string& key);
     std::optional<std::string> findAnswer(const std::string& key);
 
@@ -104,7 +106,9 @@ class Playback {
     uint64_t mCalls = 0;
     uint64_t mFlushes = 0;
     std::atomic<bool> mIsStopped{false};
-    Answering mAnswering;  // before the threads, and so longer
+    std::string mLastThread;  // that may still have posted tasks to do; empty if none has
+    size_t mPostedSize = 0;   // of these tasks
+    Answering mAnswering;     // before the threads, and so longer
     NamedThreads mThreads;
 };
 

@@ -6,15 +6,16 @@
 
 #include "FieldErrors.h"
 #include "FieldReader.h"
+#include "JsonTree.h"
 #include "RequestRecord.h"
 
 namespace replay {
 
-inline void readValue(const json& value, timespec& out, const Path& path, Errors& errors) {
+inline void readValue(const JsonValue& value, timespec& out, const Path& path, Errors& errors) {
     Members(value, path, errors).read("sec", out.tv_sec).read("nsec", out.tv_nsec).finish("a time");
 }
 
-inline void readValue(const json& value, camInfosync::FrameInfo& out, const Path& path,
+inline void readValue(const JsonValue& value, camInfosync::FrameInfo& out, const Path& path,
                       Errors& errors) {
     Members(value, path, errors)
             .read("frameNumber", out.frameNumber)
@@ -25,7 +26,7 @@ inline void readValue(const json& value, camInfosync::FrameInfo& out, const Path
             .finish("frameInfo");
 }
 
-inline void readValue(const json& value, camInfosync::SnapshotInfo::RequestInfo& out,
+inline void readValue(const JsonValue& value, camInfosync::SnapshotInfo::RequestInfo& out,
                       const Path& path, Errors& errors) {
     Members(value, path, errors)
             .read("reqValueA", out.reqValueA)
@@ -38,7 +39,7 @@ inline void readValue(const json& value, camInfosync::SnapshotInfo::RequestInfo&
             .finish("requestInfo");
 }
 
-inline void readValue(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out,
+inline void readValue(const JsonValue& value, camInfosync::SnapshotInfo::ZuAlgoInfo& out,
                       const Path& path, Errors& errors) {
     Members(value, path, errors)
             .read("algoList", out.algoList)
@@ -49,7 +50,7 @@ inline void readValue(const json& value, camInfosync::SnapshotInfo::ZuAlgoInfo& 
             .finish("zuAlgoInfo");
 }
 
-inline void readValue(const json& value, camInfosync::SnapshotInfo& out, const Path& path,
+inline void readValue(const JsonValue& value, camInfosync::SnapshotInfo& out, const Path& path,
                       Errors& errors) {
     Members(value, path, errors)
             .read("requestType", out.requestType)
@@ -68,7 +69,7 @@ inline void readValue(const json& value, camInfosync::SnapshotInfo& out, const P
             .finish("snapshotInfo");
 }
 
-inline void readValue(const json& value, camInfosync::RequestRecord& out, const Path& path,
+inline void readValue(const JsonValue& value, camInfosync::RequestRecord& out, const Path& path,
                       Errors& errors) {
     Members(value, path, errors)
             .read("errorInfo", out.errorInfo)

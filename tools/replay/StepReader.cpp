@@ -45,7 +45,9 @@ bool StepReader::next(CaptureStep& step) {
 
 void StepReader::readLine(CaptureStep& step) {
     step = readCaptureLine(mLine, mImageSuffix, mErrors,
-                           mHeader.exists() ? LineRules::kUnderHeader : LineRules::kWithoutHeader);
+                           mHeader.exists() ? LineRules::kUnderHeader : LineRules::kWithoutHeader,
+                           mTree);
+    mTree.trim();
     if (step.kind == Kind::kBroken && mHeader.exists() && !mLog.lineIsWhole()) {
         mErrors.clear();
         step = {};

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "CaptureLog.h"
+#include "JsonTree.h"
 #include "LineError.h"
 #include "LogFile.h"
 #include "LogHeader.h"
@@ -56,6 +57,7 @@ class StepReader {
     const LogHeader& mHeader;
     uint64_t mLength = 0;
     std::string mLine;
+    JsonTree mTree;
     std::string mImageSuffix;
     std::vector<LineError> mErrors;
     std::set<std::string> mThreads;

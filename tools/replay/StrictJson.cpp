@@ -6,11 +6,13 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 #include <nlohmann/json_fwd.hpp>
 
+#include "JsonTree.h"
 #include "LineError.h"
 #include "Printable.h"
 
@@ -19,7 +21,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr size_t kDeepestNesting = 8;
 constexpr size_t kLongestName = 60;  // in a message
 
 // Refuses deep nesting and names that an object has twice, and leaves all else to the parser. It
@@ -86,7 +87,8 @@ std::string parserText(const json::exception& error) {
 
 }  // namespace
 
-json parseObject(std::string_view text, std::vector<LineError>& errors, bool* isJson) {
+const JsonValue* parseObject(std::string_view text, JsonTree& tree, std::vector<LineError>& errors,
+                             bool* isJson) {
     *isJson = false;
     if (text.find('\0') != std::string_view::npos) {  // where the parser would stop reading
         errors.push_back({"line", "contains a zero byte"});
@@ -103,7 +105,7 @@ json parseObject(std::string_view text, std::vector<LineError>& errors, bool* is
         json value = json::parse(text);
         *isJson = true;
         if (value.is_object()) {
-            return value;
+            return &tree.take(std::move(value));
         }
         errors.push_back({"line", "must be an object"});
     } catch (const json::parse_error& error) {

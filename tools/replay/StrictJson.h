@@ -2,17 +2,20 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
+#include "JsonTree.h"
 #include "LineError.h"
 
 namespace replay {
 
-// The object that `text` is; null after something was added to `errors`. `isJson` is then set to
-// whether the text is JSON at all.
-nlohmann::json parseObject(std::string_view text, std::vector<LineError>& errors, bool* isJson);
+constexpr size_t kDeepestNesting = 8;
+
+// The object that `text` is, with its members in the order of their names; null after something
+// was added to `errors`. It lies in `tree`. `isJson` is set to whether the text is JSON at all.
+const JsonValue* parseObject(std::string_view text, JsonTree& tree, std::vector<LineError>& errors,
+                             bool* isJson);
 
 }  // namespace replay
