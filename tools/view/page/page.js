@@ -58,8 +58,8 @@ class Page {
   addTotals() {
     const {captures, switches, notes, findings} = this.session;
     const failed = captures.filter(capture => capture.hasFailed).length;
-    const noEffects = captures.reduce((total, capture) => total + capture.noEffects, 0) +
-      findings.filter(finding => finding.weight === "no-effect").length;
+    const noEffects = captures.reduce((total, capture) => total + capture.noEffects,
+      this.session.noEffects);
     const texts = [counted(captures.length, "capture"), `${failed} failed`,
       `${counted(noEffects, "call")} without effect`, this.startText()];
     byId("totals").textContent = texts.filter(text => text !== "").join(" · ");
