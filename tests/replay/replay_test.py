@@ -67,6 +67,9 @@ class Reports(ReplayTest):
     def test_repeat(self):
         self.run_tool("plain-shot.jsonl", "--repeat", "3", "--summary")
         self.expect("repeat.txt", self.out)
+        image = "IMG_20260314_101502"
+        self.run_tool("plain-shot.jsonl", "--repeat", "2", "--image", image)
+        self.assertEqual([image, image + "#2"], re.findall(r"^capture \d: (.*)$", self.out, re.M))
 
     def test_which_captures_are_shown(self):
         names = [f"{number:02}" for number in range(1, 22)]
@@ -326,7 +329,7 @@ class Outputs(ReplayTest):
         self.refuse("plain-shot.jsonl", "--json", "absent/calls.jsonl",
                     says="absent/calls.jsonl: cannot be opened for writing: No such file")
         for one, other in (("--trace", "--html"), ("--json", "--html"), ("--json", "--trace")):
-            self.refuse("plain-shot.jsonl", one, "a", other, "a", says="a: cannot be both")
+            self.refuse("plain-shot.jsonl", one, "a", other, "./a", says="a: cannot be both")
         before = (self.folder / "plain-shot.jsonl").read_bytes()
         self.refuse("plain-shot.jsonl", "--json", "./plain-shot.jsonl",
                     says="./plain-shot.jsonl: is the log itself, which would be overwritten")
