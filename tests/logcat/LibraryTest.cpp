@@ -88,6 +88,7 @@ std::string plain(Seen seen) {
     for (view::Finding& finding : seen.session.findings) {
         finding.place.line = 0;
     }
+    seen.session.notes.clear();
     return textOf(seen);
 }
 

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,7 @@
 #include "Capture.h"
 #include "Finding.h"
 #include "Input.h"
+#include "LogLine.h"
 #include "LogcatReader.h"
 #include "View.h"
 
@@ -56,6 +58,42 @@ inline std::string formatted(const std::vector<std::string>& formats, const LogE
         std::free(line);  // NOLINT: the formatter has it from malloc
     }
     android_log_format_free(format);
+    return text;
+}
+
+// A log with a line for each millisecond. "M TEXT" is the manager's and "E TEXT" the collector's,
+// "m", "e", "O" and "C" stand before texts under the manager's, the engine's, the overlap library's
+// and the logger's tags, and nothing makes an empty line. "on TID", "in PID" and "at once" are said
+// of what follows.
+inline std::string logOf(const std::vector<std::string>& lines,
+                         const std::vector<std::string>& formats = {"threadtime", "epoch"},
+                         int64_t seconds = 1'000'000'000) {
+    static const std::map<std::string, std::pair<std::string_view, std::string>> kWriters = {
+            {"M", {kManagerTag, "INFOSYNC InfoSynchronizerManager.cpp:7 "}},
+            {"E", {kEngineTag, "INFOSYNC InfoCollector.cpp:7 "}},
+            {"m", {kManagerTag, ""}},
+            {"e", {kEngineTag, ""}},
+            {"O", {kOverlapTag, ""}},
+            {"C", {kChattyTag, ""}}};
+    std::string text;
+    LogEntry entry{"", "", seconds * kSecond, 12, 34};
+    int64_t step = 1'000'000;
+    for (const std::string& line : lines) {
+        const std::string what = line.substr(0, line.find(' '));
+        const std::string rest = line.substr(std::min(line.size(), what.size() + 1));
+        if (line.empty()) {
+            text += '\n';
+        } else if (what == "on" || what == "in") {
+            (what == "on" ? entry.tid : entry.pid) = std::stoi(rest);
+        } else if (what == "at") {
+            step = 0;
+        } else {
+            entry.tag = kWriters.at(what).first;
+            entry.message = kWriters.at(what).second + rest;
+            text += formatted(formats, entry);
+            entry.at += step;
+        }
+    }
     return text;
 }
 
@@ -119,7 +157,7 @@ inline std::string textOf(const view::Time& time) {
 }
 
 // A capture in short: its name, process and the last six digits of times in milliseconds, then its
-// nodes, reports, calls without effect, and findings.
+// values, stages, nodes, reports, calls and findings.
 inline std::string textOf(const view::Capture& capture) {
     std::string text = std::to_string(capture.number) + ' ' + capture.name + " in " +
                        capture.process + ": " +
@@ -128,6 +166,10 @@ inline std::string textOf(const view::Capture& capture) {
                        (capture.isRemoved ? textOf(capture.removed) : "?") + '\n';
     for (const view::Value& value : capture.values) {
         text += "  " + value.name + ' ' + value.text + '\n';
+    }
+    for (const view::Stage& stage : capture.stages.value_or(std::vector<view::Stage>())) {
+        text += "  stage " + std::to_string(stage.number) + ' ' + stage.name +
+                (stage.isKnown ? " at " + std::to_string(stage.ms) + '\n' : "\n");
     }
     for (const view::Node& node : capture.nodes) {
         const auto number = [](const std::optional<double>& time) {
@@ -151,7 +193,15 @@ inline std::string textOf(const Seen& seen) {
     for (const view::Capture& capture : seen.captures) {
         text += textOf(capture);
     }
-    return text + "session\n" + textOf(seen.session.findings);
+    text += "session of " + std::to_string(seen.session.calls) + " calls, " +
+            std::to_string(seen.session.flushes.value_or(99)) + " flushes\n";
+    for (const auto& [name, state] : seen.session.switches) {
+        text += "  " + name + ": " + state + '\n';
+    }
+    for (const std::string& note : seen.session.notes) {
+        text += "  note: " + note + '\n';
+    }
+    return text + textOf(seen.session.findings);
 }
 
 }  // namespace logcat

@@ -53,9 +53,13 @@ class Logcat(unittest.TestCase):
 
     def test_bad_input(self):
         log = self.write("good", GOOD)
+        captures = "is a capture log, which infosync-replay plays"
         for name, content, expected in (
                 ("empty", "", "is empty"),
                 ("text", "no logcat\n" * 5000, "is no logcat"),
+                ("calls", '# a comment\n{"image":"A","call":"flush"}\n', captures),
+                ("recorded", '{"format":"camInfosync capture log","version":"1.0"}\n', captures),
+                ("json", '{"level":"info"}\n', "is no logcat"),
                 ("binary", os.urandom(1 << 20).replace(b"PK", b"  "), "is no logcat"),
                 ("packed", gzip.compress(GOOD.encode()),
                  'is compressed by gzip; "gunzip" makes a logcat of it'),
@@ -140,6 +144,17 @@ class Logcat(unittest.TestCase):
                                                         given=content).returncode)
         self.assertEqual(3, self.run_program("--fail-on=findings", self.write("a", good),
                                              self.write("b", BAD)).returncode)
+
+    def test_logs_of_others(self):
+        """Parts of a log may be without our lines; a script gets to know if all are."""
+        others = self.write("others", "11-21 10:15:00.123 1 2 I x: y\n")
+        nothing = b"infosync-logcat: there are no lines of the library\n"
+        for arguments, status, said in ((["--quiet", others, others], 0, nothing),
+                                        ([others], 0, b""),
+                                        (["--quiet", others, self.write("ours", BAD)], 3, b"")):
+            result = self.run_program("--fail-on=findings", *arguments)
+            self.assertEqual((status, said), (result.returncode, result.stderr))
+        self.assertIn(b"others: there are no lines of the library\n", self.run_program(others).stdout)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <dlfcn.h>
+#include <unistd.h>  // getpid
 
 #include <algorithm>
 #include <cstddef>
@@ -131,7 +132,7 @@ inline void showTo(const WatchCall& also) {
 
 // Plays a log, and leaves a library that holds nothing.
 inline Shown play(const Lines& lines, ReplayOptions options = {}, const WatchCall& also = {}) {
-    options.path = testing::TempDir() + "played.jsonl";
+    options.path = testing::TempDir() + "played-" + std::to_string(getpid()) + ".jsonl";
     std::ofstream file(options.path);
     for (const std::string& line : lines) {
         file << lineOf(line) << '\n';

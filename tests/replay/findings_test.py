@@ -55,22 +55,22 @@ class ExitStatus(FindingsTest):
 
 class SwitchedOff(FindingsTest):
     LINES = [register("A"), frame("A"), flush("A"), register("A"), anchor("A", 1), unregister("A"),
-             anchor("B", 1)]
-    B = "log.jsonl:7 B: updateAnchor3aInfo: is not registered"
+             flush("B"), anchor("B", 1)]
+    B = "log.jsonl:8 B: updateAnchor3aInfo: is not registered"
 
     def test_said_once_with_what_helps(self):
         for options, says in (
                 (["--property", SUPPORTED + "=false"],
-                 f"{SUPPORTED} is not true; 6 calls had no effect; "
+                 f"{SUPPORTED} is not true; 7 calls had no effect; "
                  f"--property {SUPPORTED}=true turns it on"),
                 (["--no-service"],
-                 f"there is no service to ask, and {FORCED} is not true; 6 calls had no effect; "
+                 f"there is no service to ask, and {FORCED} is not true; 7 calls had no effect; "
                  f"--service, or --property {FORCED}=true, turns it on"),
-                (["--answer", "no\\"], 'the service answers "no\\\\"; 6 calls had no effect; '
+                (["--answer", "no\\"], 'the service answers "no\\\\"; 7 calls had no effect; '
                  "--answer enabled turns it on")):
             self.assertEqual(["log.jsonl:1 collection is off: " + says, self.B],
                              self.find(*self.LINES, options=options))
-            self.assertIn("\n0 captures, 0 failed, 7 calls without effect\n", self.out)
+            self.assertIn("\n0 captures, 0 failed, 8 calls without effect\n", self.out)
 
     def test_remedies_help(self):
         for variable, value, remedies in (
@@ -141,14 +141,16 @@ class SwitchedOff(FindingsTest):
                  recorded(3, register("B")), answered(3, "enabled"), recorded(4, register("C")),
                  answered(4, None, threw=True), recorded(5, frame("C")), recorded(6, unregister("B")),
                  answered(6, "no"), recorded(7, frame("B")), recorded(8, register("A")),
-                 answered(8, "enabled"), recorded(9, frame("A")), recorded(10, frame("C")), END]
+                 answered(8, "enabled\0"), recorded(9, frame("A")), recorded(10, frame("C")),
+                 recorded(11, unregister("A")), answered(11, "enabled"), recorded(12, flush("A")),
+                 answered(12, "enabled"), END]
         said = self.find(header(), *lines)
         self.assertEqual(
             ['log.jsonl:2 collection is off: the service answers "no"; 3 calls had no effect; '
              "--answer enabled turns it on",
              "log.jsonl:7 the service throws when it is asked whether to collect; 3 calls had no "
              "effect; --answer enabled answers in its place"], said[:2])
-        self.assertEqual({"log.jsonl:5 B", "log.jsonl:13 A"},
+        self.assertEqual({"log.jsonl:5 B", "log.jsonl:13 A", "log.jsonl:19 A:"},
                          {" ".join(line.split()[:2]) for line in said[2:]})
 
     def test_earlier_files(self):
@@ -184,7 +186,7 @@ class Records(FindingsTest):
         self.assertEqual([0, 5], [line["record"]["snapshotInfo"]["iso"] for line in records])
         self.assertEqual(["A", "A"], [line["image"] for line in records])
         without = [line for line in lines if line["call"] != "record"]
-        self.run_tool("log.jsonl", "--json", "-", "--log-level", "silent")
+        self.run_tool("log.jsonl", "--json", "-", "--log-level", "silent", "--trace", "trace")
         self.assertEqual(without, [json.loads(line) for line in self.out.splitlines()])
         self.run_tool("log.jsonl", "--records", status=2)
         self.assertIn("--records requires --json", self.err)

@@ -140,7 +140,11 @@ class Order(RecordedTest):
         self.play(*lines[1:5], head=header(answers={"snapshotInfoCollectEnable": "no"}))
         self.assertEqual('off at first: the service answers "no", and changes its answer 1 time',
                          self.total("collection"))
+        self.play(recorded(1, register("A")), answered(1, "no"), END,
+                  head=header(answers={"snapshotInfoCollectEnable": "no"}))
+        self.assertEqual('off: the service answers "no"', self.total("collection"))
         self.assertEqual("A B C D E", self.play(*lines, options=["--answer=enabled"]))
+        self.assertEqual('on: the service answers "enabled"', self.total("collection"))
         self.assertEqual("A B D E", self.play(*lines, options=["--property", FORCED + "=true"]))
         lines = [recorded(1, register("A")), answered(9, "no"), recorded(2, register("B")), END]
         self.play(*lines, options=["--repeat=2"])
@@ -330,13 +334,21 @@ class BadInput(RecordedTest):
         array = json.dumps([json.loads(register("A"))] * 9).replace("{", "\n{")
         several_lines = "has JSON that goes over several lines"
         no_log = "is no capture log: none of its first "
+        logcat = "is a logcat or a bug report, which infosync-logcat reads\n"
         for content, says in ((log.encode("utf-16"), "is UTF-16"),
                               (log.encode("utf-16-le"), "is UTF-16"),
                               (log.encode("utf-16-be"), "is UTF-16"),
                               (gzip.compress(log.encode()), "is compressed by gzip"),
                               (lzma.compress(log.encode()), "is compressed by xz"),
                               (b"\x28\xb5\x2f\xfd\0", "is compressed by zstd"),
-                              (b"PK\3\4\0", "is a zip archive"), (pretty, several_lines),
+                              (b"PK\3\4\0", '"unzip" makes a capture log of it; infosync-logcat '
+                               "reads bug reports\n"),
+                              ("--------- beginning of main\nI/x( 1): y\n", logcat),
+                              ("#\n\n11-21 10:15:00.123  1  2 I x: y\n", logcat),
+                              ("[ 2026-11-21 10:15:00.123  1: 2 I/x ]\ny\n", logcat),
+                              ("====\n== dumpstate: 2026-11-21 10:15:00\n", logcat),
+                              ('{"x":1}\n11-21 10:15:00.123 I x: y\n', no_log + "2 lines"),
+                              (pretty, several_lines),
                               (array, several_lines), ((pretty + "\n") * 2000, several_lines),
                               ("A title\n\nText.\nAnd more.\n" * 9, no_log + "10 lines is a call"),
                               ('{"level":"info"}\n' * 3, no_log + "3 lines is a call")):

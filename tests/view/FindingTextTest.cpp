@@ -32,7 +32,7 @@ TEST(FindingText, BeginsWithThePlace) {
     Session piped;
     piped.sources = {"-"};
     EXPECT_EQ("standard input:3", placeText({0, 3}, piped));
-    EXPECT_EQ("?:3", placeText({7, 3}, sampleSession()));
+    EXPECT_EQ("?:3", placeText({1, 3}, sampleSession()));
 }
 
 TEST(FindingText, ShowsTheFirstOfASession) {

@@ -335,7 +335,8 @@ Session madeSession(bool isHostile) {
         session.switches["collection"] = "on";
         session.notes = {"the log's end is missing"};
         session.findings = {
-                {FindingKind::kUnknownName, "no capture \"X\"", "updateUIInfo", {1, 4}, {}, 7}};
+                {FindingKind::kUnknownName, "no capture \"X\"", "updateUIInfo", {1, 4}, {}, 7},
+                {FindingKind::kVendorError, "vendor error", "", {2, 6}, {}}};
         return session;
     }
     for (const char* name : kHostileNames) {

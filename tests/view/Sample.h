@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "Capture.h"
@@ -25,7 +26,7 @@ inline Capture sampleCapture(uint64_t number, const std::string& name) {
     return capture;
 }
 
-inline Node sampleNode(const std::string& name, double start, double completion) {
+inline Node sampleNode(const std::string& name, double start, std::optional<double> completion) {
     Node node;
     node.name = name;
     node.start = start;

@@ -1,5 +1,6 @@
 #include "Summary.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <sstream>
@@ -25,8 +26,10 @@ std::vector<Capture> samples() {
     captures[0].findings = {sampleFinding(FindingKind::kNeverRemoved, "never removed"),
                             sampleFinding(FindingKind::kVendorError, "result 40 is error_device")};
     captures[1].flushed = 1'431'000'000;
+    captures[1].nodes = {sampleNode("endless", 0, INFINITY), sampleNode("back", 5, 2)};
     captures[1].findings = {sampleFinding(FindingKind::kLate, "updateUIInfo came late")};
     captures[2].flushed.reset();
+    captures[2].nodes = {Node{}};
     captures[2].cameras = std::vector<uint32_t>();
     return captures;
 }
@@ -43,9 +46,9 @@ std::string summaryOf(const std::vector<Capture>& captures, const std::string& s
 TEST(Summary, HasALineForEachCapture) {
     EXPECT_EQ(
             "  capture  cameras     flush ms  nodes  slowest   ms  findings\n"
-            "  IMG_1    not known        431      0                updateUIInfo came late\n"
+            "  IMG_1    not known        431      2  back      -3  updateUIInfo came late\n"
             "  IMG_2    0,2               31      2  mfnr     430  result 40 is error_device +1\n"
-            "  IMG_3    none       not known      0\n",
+            "  IMG_3    none       not known      1\n",
             summaryOf(samples(), "", {100, false, false}));
 }
 
@@ -71,6 +74,9 @@ TEST(Summary, SortsByTheSlowestNodeWhereNothingElseIsKnown) {
     const std::string text = summaryOf(captures, "time", {80, false, false});
     EXPECT_EQ(std::string::npos, text.find("flush ms"));
     EXPECT_LT(text.find("IMG_2"), text.find("IMG_1"));
+    captures[1].nodes = {sampleNode("slower", 100, 531)};
+    const std::string other = summaryOf(captures, "time", {80, false, false});
+    EXPECT_LT(other.find("IMG_1"), other.find("IMG_2"));
 }
 
 TEST(Summary, CountsFindingsWhereWordsDoNotFit) {
@@ -78,6 +84,7 @@ TEST(Summary, CountsFindingsWhereWordsDoNotFit) {
     captures[0].name = "A_NAME_OF_TWENTYONE_2";
     EXPECT_NE(std::string::npos,
               summaryOf(captures, "", {80, false, false}).find("  A_NAME_OF_TWENTYONE_2  "));
+    captures[1].findings[0].calls = 12;
     captures[0].name = "A_LONG_NAME_WITH_ITS_NUMBER_AT_THE_END_0000000000000000000000000000000012";
     for (size_t width = 20; width < 100; ++width) {
         std::istringstream lines(summaryOf(captures, "", {width, false, false}));
@@ -88,7 +95,7 @@ TEST(Summary, CountsFindingsWhereWordsDoNotFit) {
     const std::string text = summaryOf(captures, "", {80, false, false});
     EXPECT_NE(std::string::npos, text.find("0000012  0,2 "));
     EXPECT_NE(std::string::npos, text.find("  1 failure +1\n"));
-    EXPECT_NE(std::string::npos, text.find("  1 no effect\n"));
+    EXPECT_NE(std::string::npos, text.find("  12 no effect\n"));
 }
 
 TEST(Summary, ColoursFailuresAndCallsWithoutEffect) {

@@ -7,7 +7,6 @@
 
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -46,11 +45,11 @@ TEST(TerminalStyle, OfAFileComesFromTheEnvironment) {
 
 TEST(TerminalStyle, OfATerminalIsItsOwn) {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_EQ(0, unlockpt(master));
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> owner(std::fopen(ptsname(master), "w"),
-                                                                std::fclose);
-    std::FILE* const terminal = owner.get();
-    ASSERT_NE(nullptr, terminal);
+    const char* const path = unlockpt(master) == 0 ? ptsname(master) : nullptr;
+    std::FILE* const terminal = path != nullptr ? std::fopen(path, "w") : nullptr;
+    if (terminal == nullptr) {
+        GTEST_SKIP() << "no terminal can be opened; is /dev/pts mounted?";
+    }
     winsize size{};
     size.ws_col = 57;
     EXPECT_EQ(0, ioctl(master, TIOCSWINSZ, &size));
@@ -58,6 +57,7 @@ TEST(TerminalStyle, OfATerminalIsItsOwn) {
     EXPECT_TRUE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", ""}}, terminal).colour);
     EXPECT_FALSE(styleIn({{"TERM", "xterm"}, {"NO_COLOR", "0"}}, terminal).colour);
     EXPECT_FALSE(styleIn({{"TERM", "dumb"}}, terminal).colour);
+    std::fclose(terminal);
     close(master);
 }
 

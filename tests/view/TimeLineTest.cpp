@@ -10,6 +10,7 @@
 
 #include "Capture.h"
 #include "Finding.h"
+#include "Sample.h"
 
 namespace view {
 namespace {
@@ -19,24 +20,13 @@ constexpr int64_t kDay = 86'400'000 * kMs;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-Node node(const std::string& name, double start, std::optional<double> completion) {
-    Node made;
-    made.name = name;
-    made.start = start;
-    made.second = 0;
-    made.completion = completion;
-    return made;
-}
-
 Call call(const std::string& operation, int64_t at, const std::string& thread, int32_t tid) {
     return {operation, thread, tid, at, {}, true};
 }
 
 // Begins at `start` ms of the session's clock, is flushed 100 ms later and removed after 110 ms.
 Capture captureAt(int64_t start) {
-    Capture capture;
-    capture.name = "IMG";
-    capture.isRegistered = capture.isFlushed = capture.isRemoved = true;
+    Capture capture = sampleCapture(1, "IMG");
     capture.registered = start * kMs;
     capture.flushed = (start + 100) * kMs;
     capture.removed = (start + 110) * kMs;
@@ -75,7 +65,7 @@ TEST(TimeLine, IsNothingWithoutATime) {
     Capture capture;
     capture.isFlushed = true;
     capture.stages = {{{1, "2request_to_vendor", 5}}};
-    capture.nodes = {node("listed", 0, std::nullopt), node("never", kNan, kInfinity)};
+    capture.nodes = {sampleNode("listed", 0, std::nullopt), sampleNode("never", kNan, kInfinity)};
     capture.calls = {{"updateUIInfo", "", 0, std::nullopt, {}, true}};
     EXPECT_FALSE(timeLineOf(capture));
 }
@@ -103,19 +93,23 @@ TEST(TimeLine, PutsStagesInTheOrderOfTimeAndLeavesOutWhatIsNoInstant) {
                        {2, "back", 10},
                        {6, "difference", 20},
                        {7, "constant", 0},
+                       {11, "constant", 0},
                        {11, "told", 40},
+                       {4, "not known", 35, false},
+                       {10, "at once", 0},
                        {3, "same", 30},
                        {12, "past", std::numeric_limits<int64_t>::max()},
                        {14, "negative", -5}}};
     EXPECT_EQ(show(lineOf(capture), Lane::Kind::kStages),
-              Texts{"0-10 back, 10-30 vendor, 30-30 same, 30-30 also, 30-40 told"});
+              Texts{"0-0 at once, 0-10 back, 10-30 vendor, 30-30 same, 30-30 also, 30-40 told"});
     capture.registered.reset();
     EXPECT_EQ(show(lineOf(capture), Lane::Kind::kStages), Texts{});
 }
 
 TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
     Capture capture = captureAt(500'000);
-    capture.nodes = {node("late", 500'090, 500'120.0), node("early", 500'010, 500'010.0)};
+    capture.nodes = {sampleNode("late", 500'090, 500'120.0),
+                     sampleNode("early", 500'010, 500'010.0)};
     auto line = lineOf(capture);
     EXPECT_FALSE(line.nodesStandApart);
     EXPECT_EQ(show(line, Lane::Kind::kNode), (Texts{"10-10 early", "90-120 late"}));
@@ -123,7 +117,7 @@ TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
 
     capture.removed = 900'000 * kMs;
     const auto standApart = [&](double start) {
-        capture.nodes = {node("node", start, std::nullopt)};
+        capture.nodes = {sampleNode("node", start, std::nullopt)};
         return lineOf(capture).nodesStandApart;
     };
     EXPECT_TRUE(standApart(439'000));
@@ -133,7 +127,7 @@ TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
     EXPECT_TRUE(standApart(961'000));
 
     capture = captureAt(500'000);
-    capture.nodes = {node("before", 499'990, 500'010.0)};
+    capture.nodes = {sampleNode("before", 499'990, 500'010.0)};
     line = lineOf(capture);
     EXPECT_EQ(line.start, 499'990 * kMs);
     EXPECT_EQ(show(line, Lane::Kind::kNode), Texts{"0-20 before"});
@@ -143,15 +137,15 @@ TEST(TimeLine, PutsNodesOnTheClockIfTheyLieNearTheCapture) {
 
 TEST(TimeLine, LeavesOutNodesThatAreOnlyListed) {
     Capture capture = captureAt(500'000);
-    capture.nodes = {node("listed", 0, std::nullopt), node("ran", 500'010, 500'020.0)};
+    capture.nodes = {sampleNode("listed", 0, std::nullopt), sampleNode("ran", 500'010, 500'020.0)};
     EXPECT_EQ(show(lineOf(capture), Lane::Kind::kNode), Texts{"10-20 ran"});
-    capture.nodes = {node("listed", 0, std::nullopt), node("ran", 10, 20.0)};
+    capture.nodes = {sampleNode("listed", 0, std::nullopt), sampleNode("ran", 10, 20.0)};
     EXPECT_EQ(show(lineOf(capture), Lane::Kind::kNode), Texts{"0-10 ran"});
 }
 
 TEST(TimeLine, LetsNodesOfAnotherClockBeginWithIt) {
     Capture capture = captureAt(500'000);
-    capture.nodes = {node("a", 400'000, 400'030.0), node("b", 400'020, 400'200.0)};
+    capture.nodes = {sampleNode("a", 400'000, 400'030.0), sampleNode("b", 400'020, 400'200.0)};
     auto line = lineOf(capture);
     EXPECT_TRUE(line.nodesStandApart);
     EXPECT_EQ(show(line, Lane::Kind::kNode), (Texts{"0-30 a", "20-200 b"}));
@@ -159,7 +153,7 @@ TEST(TimeLine, LetsNodesOfAnotherClockBeginWithIt) {
     EXPECT_EQ(line.length, 200 * kMs);
 
     capture = Capture();
-    capture.nodes = {node("alone", 40, 70.0)};
+    capture.nodes = {sampleNode("alone", 40, 70.0)};
     line = lineOf(capture);
     EXPECT_TRUE(line.nodesStandApart);
     EXPECT_FALSE(line.start);
@@ -169,18 +163,19 @@ TEST(TimeLine, LetsNodesOfAnotherClockBeginWithIt) {
 
 TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
     Capture capture = captureAt(500'000);
-    Node timedOut = node("timed out", 500'001, 500'009.0);
+    Node timedOut = sampleNode("timed out", 500'001, 500'009.0);
     timedOut.second = -1;
     capture.nodes = {timedOut,
-                     node("negative", 500'002, 500'001.0),
-                     node("open", 500'003, std::nullopt),
-                     node("endless", 500'004, kInfinity),
-                     node("huge", 500'005, 1e300),
-                     node("a day", 500'006, 500'006.0 + 86'400'000),
-                     node("no start", kNan, 500'007.0),
-                     node("nothing", -kInfinity, kNan),
-                     node("zero", 0, 500'008.0)};
+                     sampleNode("negative", 500'002, 500'001.0),
+                     sampleNode("open", 500'003, std::nullopt),
+                     sampleNode("endless", 500'004, kInfinity),
+                     sampleNode("huge", 500'005, 1e300),
+                     sampleNode("a day", 500'006, 500'006.0 + 86'400'000),
+                     sampleNode("no start", kNan, 500'007.0),
+                     sampleNode("nothing", -kInfinity, kNan),
+                     sampleNode("zero", 0, 500'008.0)};
     capture.findings = {{FindingKind::kNodeError, "", "negative", {}, {}},
+                        {FindingKind::kNoCompletion, "", "endless", {}, {}},
                         {FindingKind::kVendorError, "", "open", {}, {}}};
     // "zero" starts before the clock's minute, so the nodes' clock is another.
     auto line = lineOf(capture);
@@ -188,7 +183,7 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
     capture.nodes.pop_back();
     line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kNode),
-              (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless", "5-5 huge",
+              (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless!", "5-5 huge",
                      "6-6 a day", "7-7 no start"}));
 }
 
@@ -196,7 +191,7 @@ TEST(TimeLine, HasALaneForEachThreadInTheOrderOfTheirFirstCalls) {
     Capture capture = captureAt(5000);
     capture.calls = {call("second", 5050 * kMs, "", 7),    call("first", 5010 * kMs, "early", 7),
                      call("third", 5010 * kMs, "algo", 8), call("main", 5005 * kMs, "", 0),
-                     call("hand", 5006 * kMs, "hand", 0),  call("far", kDay * 3, "far", 9)};
+                     call("hand", 5006 * kMs, "hand", 0),  call("far", kDay * 3 / 2, "far", 9)};
     capture.calls.push_back(call("last", 5060 * kMs, "renamed", 7));
     capture.calls[2].hadEffect = false;
     const auto line = lineOf(capture);
@@ -228,7 +223,7 @@ TEST(TimeLine, EndsOfTheNumbersDoNotOverflow) {
     Capture capture = captureAt(0);
     capture.registered = std::numeric_limits<int64_t>::max() - kDay / 2;
     capture.flushed = std::numeric_limits<int64_t>::min();
-    capture.nodes = {node("huge", 9.1e12, 9.1e12 + 5), node("first", -9.1e12, 9.1e12)};
+    capture.nodes = {sampleNode("huge", 9.1e12, 9.1e12 + 5), sampleNode("first", -9.1e12, 9.1e12)};
     const auto line = lineOf(capture);
     EXPECT_EQ(line.start, 110 * kMs);
     EXPECT_EQ(line.length, 0);

@@ -26,7 +26,10 @@ TimeLine sample() {
                    {{0, 20 * kMs, "", false, {}}, {20 * kMs, 40 * kMs, "", false, {}}}},
                   {Lane::Kind::kNode, "fusion", 0, {{50 * kMs, 80 * kMs, "", true, {}}}},
                   {Lane::Kind::kNode, "tone", 0, {{80 * kMs, 80 * kMs, "", false, {}}}},
-                  {Lane::Kind::kThread, "", 12, {{100 * kMs, 100 * kMs, "", false, {}}}}};
+                  {Lane::Kind::kThread,
+                   "",
+                   12,
+                   {{100 * kMs, 100 * kMs, "", true, {}}, {100 * kMs, 100 * kMs, "", false, {}}}}};
     line.marks = {{50 * kMs, "", true, {}}, {90 * kMs, "", false, {}}};
     return line;
 }
@@ -38,7 +41,7 @@ TEST(TimeLineText, DrawsEachLaneToScale) {
             "    stages     =====-----\n"
             "    fusion                 xxxxxxxx\n"
             "    tone                           |\n"
-            "    thread 12                          |\n"
+            "    thread 12                          x\n"
             "    errors                 !\n"
             "    flushes                          ^\n",
             timeLineText(sample(), {40, false, false}));

@@ -162,8 +162,24 @@ TEST_F(PageFileTest, HasTheDataBetweenItsParts) {
     Capture bare;
     bare.number = 4;
     page.add(bare, session);
+    Capture apart;
+    apart.number = 5;
+    apart.isFlushed = true;
+    apart.registered = 5000 * kMs;
+    apart.nodes = nodesOnlyCapture().nodes;
+    apart.nodes[0].start = 900'000.1 + 0.2;
+    apart.calls = {{"two days before", "", 0, -200'000'000 * kMs - 1, {}, true}};
+    page.add(apart, session);
     page.finish(session);
     EXPECT_EQ(contentOf(path("page")), contentOf(INFOSYNC_EXPECTED_PAGE));
+}
+
+TEST_F(PageFileTest, TellsThatTimesAreTheRealClocks) {
+    Session session;
+    session.clock = Clock::kReal;
+    Page page(path("page"), PageParts{"", ""});
+    page.finish(session);
+    EXPECT_NE(std::string::npos, contentOf(path("page")).find("\"toReal\":0,"));
 }
 
 TEST_F(PageFileTest, CannotBeMadeWithoutD3) {

@@ -55,7 +55,7 @@ class Pages(PageCase):
     def test_all_of_a_capture(self):
         self.open(make("complete", 2))
         self.assertRegex(self.text("totals"), r"^2 captures · 1 failed · 10 calls without effect · "
-                         r"from 2026-05-28T20:26:45\.000Z$")
+                         r"1 failure of no known capture · from 2026-05-28T20:26:45\.000Z$")
         session = self.find("#session div").text
         for text in ("made.jsonl, folder/second.jsonl, third.jsonl", "12 calls", "collection: on",
                      'no capture "X"', "second.jsonl:4", "the log's end is missing"):

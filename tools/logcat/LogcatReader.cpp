@@ -29,6 +29,12 @@ constexpr std::string_view kNeedles[] = {
 constexpr uint64_t kLookedAt = 1000;  // lines, to see whether they are of logcat
 constexpr size_t kLongestEntry = size_t{1} << 14;
 
+bool looksLikeCaptureLog(std::string_view text) {
+    return text.substr(0, 1) == "{" &&
+           (text.find("\"call\":") != std::string_view::npos ||
+            text.find("\"camInfosync capture log\"") != std::string_view::npos);
+}
+
 // Of the format long, up to the empty line that ends it.
 std::string readLongMessage(LineScanner& scanner, uint64_t& number) {
     std::string message;
@@ -55,11 +61,16 @@ void LogcatReader::read(Input& input, const std::string& source) {
                                                   : scanner.next(line)) {
         looked += looked < kLookedAt ? 1 : 0;
         mAbout.isLogcat = mAbout.isLogcat || looksLikeLogcat(line.text);
+        mAbout.isCaptureLog =
+                mAbout.isCaptureLog || (!mAbout.isLogcat && looksLikeCaptureLog(line.text));
         readLine(line, scanner);
     }
     addPending();
     if (!mAbout.isLogcat) {
-        throw std::runtime_error(input.name() + ": is no logcat");
+        throw std::runtime_error(input.name() +
+                                 (mAbout.isCaptureLog
+                                          ? ": is a capture log, which infosync-replay plays"
+                                          : ": is no logcat"));
     }
     addNotes(source);
 }
@@ -160,6 +171,7 @@ void LogcatReader::addPending() {
         return;
     }
     ++mAbout.messages;
+    mHasMessages = true;
     mAbout.isLogcat = true;
     mBuilder.add({pending->pid, pending->tid, timeOf(pending->time), placeOf(pending->firstLine),
                   std::move(*message)});

@@ -33,6 +33,9 @@ class LogcatReader {
     // Hands over the captures that are left, and the session.
     void finish();
 
+    // Whether any log that was read has a line of the library.
+    bool hasMessages() const { return mHasMessages; }
+
   private:
     // An entry of the log, to which the next line may belong as well: each line of a message has
     // the prefix of its own.
@@ -49,6 +52,7 @@ class LogcatReader {
     // What is to be said of one log.
     struct About {
         bool isLogcat = false;
+        bool isCaptureLog = false;
         uint64_t messages = 0;
         bool lacksYear = false;
         bool lacksZone = false;
@@ -73,6 +77,7 @@ class LogcatReader {
     Calendar mCalendar{0};
     std::optional<Pending> mPending;
     About mAbout;
+    bool mHasMessages = false;
     bool mAlwaysPrintable = false;
     bool mIsPrintable = false;
 };

@@ -64,6 +64,9 @@ int show(const Settings& settings) {
         inputs[i].reset();
     }
     reader.finish();
+    if (settings.views.quiet && !reader.hasMessages()) {
+        std::fprintf(stderr, "infosync-logcat: there are no lines of the library\n");
+    }
     for (const std::string& image : views.missingImages()) {
         std::fprintf(stderr, "infosync-logcat: %s: no capture has this name\n",
                      replay::printable(image).c_str());

@@ -1,6 +1,8 @@
 #include "InputKind.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -31,6 +33,32 @@ constexpr Signature kSignatures[] = {
         {"{\0"sv, "UTF-16", "iconv -f UTF-16LE -t UTF-8"},
         {"\0{"sv, "UTF-16", "iconv -f UTF-16BE -t UTF-8"},
 };
+
+// How lines of logcats and bug reports begin; 0 stands for any digit.
+constexpr std::string_view kLogcatLines[] = {
+        "--------- beginning of ", "== dumpstate: ",   "00-00 00:00:00",
+        "0000-00-00 00:00:00",     "[ 00-00 00:00:00", "[ 0000-00-00 00:00:00",
+};
+
+bool beginsLike(std::string_view line, std::string_view form) {
+    return line.size() >= form.size() &&
+           std::equal(form.begin(), form.end(), line.begin(), [](char wanted, char given) {
+               return wanted == '0' ? given >= '0' && given <= '9' : wanted == given;
+           });
+}
+
+// Whether there is a line of a logcat before any that may be a call.
+bool isLogcat(std::string_view text) {
+    while (!text.empty() && text.front() != '{') {
+        if (std::any_of(std::begin(kLogcatLines), std::end(kLogcatLines),
+                        [&](std::string_view form) { return beginsLike(text, form); })) {
+            return true;
+        }
+        const size_t end = text.find('\n');
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    }
+    return false;
+}
 
 // Where the text of the first JSON value is no longer JSON, or where the text ends.
 size_t endOfJson(std::string_view text) {
@@ -72,10 +100,17 @@ std::string compressedKind(std::string_view beginning, std::string_view wanted) 
 
 std::string unreadableKind(std::string_view beginning) {
     const std::string compressed = compressedKind(beginning, "a capture log");
-    return compressed.empty() && isOverSeveralLines(beginning)
+    if (!compressed.empty()) {
+        const bool isZip = beginning.substr(0, 2) == "PK";
+        return compressed + (isZip ? "; infosync-logcat reads bug reports" : "");
+    }
+    if (isLogcat(beginning)) {
+        return "is a logcat or a bug report, which infosync-logcat reads";
+    }
+    return isOverSeveralLines(beginning)
                    ? "has JSON that goes over several lines; a capture log has one object per "
                      "line, as \"jq -c\" writes it"
-                   : compressed;
+                   : "";
 }
 
 }  // namespace replay

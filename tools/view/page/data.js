@@ -158,6 +158,7 @@ class Session {
     this.calls = raw.calls;
     this.toReal = raw.toReal;
     this.findings = raw.findings.map(finding => this.finding(finding));
+    this.failures = callsOf(raw.findings, 0);
     this.noEffects = callsOf(raw.findings, 1);
     this.captures = data.captures.map(capture => new Capture(capture, this));
     this.captures.sort((one, other) => one.number - other.number);
