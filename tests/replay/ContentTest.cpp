@@ -213,7 +213,8 @@ TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {
                         (capture.isFlushed ? " flushed" : "") +
                         (capture.isRemoved ? " removed" : ""));
     }
-    EXPECT_EQ((Lines{"2A registered removed", "4R", "5S", "1C registered", "3B registered"}),
+    EXPECT_EQ((Lines{"2A registered removed", "4R flushed", "5S flushed", "1C registered",
+                     "3B registered flushed"}),
               order);
     EXPECT_EQ("3", shown.captures[1].find("iso")->text);
     EXPECT_EQ(1U, shown.captures[1].reports.size());

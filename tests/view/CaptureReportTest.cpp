@@ -100,7 +100,7 @@ TEST(CaptureReport, SaysWhatIsNotKnown) {
     capture.reports = {Report{}};
     EXPECT_EQ(
             "capture 1: (no name)\n"
-            "  registration not known, never flushed, never removed\n"
+            "  registration not known, flush not known, removal not known\n"
             "  frame\n"
             "    cameras  not known\n"
             "  request: not known\n"
@@ -116,6 +116,18 @@ TEST(CaptureReport, SaysWhatIsNotKnown) {
             "  closed by: not known\n"
             "\n",
             captureReport(capture, Session(), std::nullopt, kStyle));
+}
+
+TEST(CaptureReport, DeniesNothingThatMayBeInMissingLines) {
+    Capture capture = sampleCapture(1, "IMG_1");
+    capture.isFlushed = capture.isRemoved = false;
+    const auto life = [&] {
+        const std::string text = captureReport(capture, Session(), std::nullopt, kStyle);
+        return text.substr(text.find("registered"), text.find("  f") - text.find("registered"));
+    };
+    EXPECT_EQ("registered, not flushed, not removed\n", life());
+    capture.findings = {sampleFinding(FindingKind::kGap, "")};
+    EXPECT_EQ("registered, flush not known, removal not known\n", life());
 }
 
 TEST(CaptureReport, SaysWhatIsEmpty) {

@@ -189,9 +189,9 @@ void TrackedCapture::noteGiven(const CaptureStep& step) {
 }
 
 void TrackedCapture::noteReport(ReportedRecord reported, bool isFlush) {
+    noteFlushed(reported.call);
     mCapture.reports.push_back(std::move(reported.report));
     if (isFlush) {
-        noteFlushed(reported.call);
         mReported = std::move(reported.values);
     }
     keepCall(std::move(reported.call));
