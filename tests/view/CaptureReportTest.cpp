@@ -141,6 +141,10 @@ TEST(CaptureReport, SaysWhatIsEmpty) {
                              "  nodes: none\n", "  vendor results: none\n"}) {
         EXPECT_NE(std::string::npos, text.find(line)) << line;
     }
+    capture.stages = {{0, "1request_to_zuhal", 44}, {1, "2request_to_vendor", -1}};
+    EXPECT_NE(std::string::npos,
+              captureReport(capture, Session(), std::nullopt, kStyle)
+                      .find("    1request_to_zuhal   44 ms\n    2request_to_vendor  -1 ms\n"));
 }
 
 TEST(CaptureReport, LetsNoLongNamePushValuesAside) {

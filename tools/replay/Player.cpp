@@ -33,6 +33,16 @@ bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
            !view.html.empty() || !view.rows.folder.empty() || (terminal != nullptr && !view.quiet);
 }
 
+// The service's calls are written while the log is played, and views take the place of a file.
+void checkNames(const ReplayOptions& options) {
+    for (const std::string& file : {options.view.trace, options.view.html}) {
+        if (!options.json.empty() && !file.empty() && view::nameOneFile(options.json, file)) {
+            throw std::runtime_error(options.json +
+                                     ": cannot be both the service's calls and a view");
+        }
+    }
+}
+
 ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
                     std::FILE* json, Progress& progress) {
     ExitStatus statusOfException = kUnusable;
@@ -70,6 +80,7 @@ ExitStatus run(const ReplayOptions& options) {
         if (!facts) {
             return kUnusable;
         }
+        checkNames(options);
         const OutputFile json(options.json, options.path);
         return playInto(reader, *facts, options, json.get(), progress);
     } catch (const std::exception& error) {

@@ -101,7 +101,8 @@ std::string stagesText(const Capture& capture) {
     Section section("stages");
     for (const Stage& stage : capture.stages.value_or(std::vector<Stage>())) {
         const std::string time = stage.isKnown ? std::to_string(stage.ms) + " ms" : kNotKnown;
-        section.add(safe(stage.name), stage.number == 0 ? "" : time);
+        const bool hasNoTime = stage.number == 0 && stage.ms == -1;
+        section.add(safe(stage.name), hasNoTime ? "" : time);
     }
     return section.text();
 }

@@ -21,6 +21,9 @@ class WriteFailure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Whether both names are of the same file, which need not exist yet.
+bool nameOneFile(const std::string& one, const std::string& other);
+
 // Writes to a temporary file in the same folder. A device or a pipe of that name is written to as
 // it is; "-" is refused.
 //
