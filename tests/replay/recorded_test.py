@@ -161,6 +161,17 @@ class Order(RecordedTest):
                           **limit(resource.RLIMIT_AS, 3_000_000_000))
             self.assertEqual("1000", self.total("calls made"))
 
+    def test_limited_calls_within_a_question(self):
+        """Nor do calls queue up without limit while a thread waits for its answer."""
+        slow = slow_calls("t", ids=300_000)
+        lines = [*slow, *slow[2:] * 9,
+                 *[call("updateSnapshotErrorInfo", "B", text="x" * 1_000_000)] * 80]
+        self.run_tool(self.write(header(), recorded(1, register("A"), tid=1),
+                                 *[recorded(n, line, tid=2) for n, line in enumerate(lines, 2)],
+                                 answered(1, "enabled", tid=1), END),
+                      "--log-level", "error", **limit(resource.RLIMIT_AS, 75_000_000))
+        self.assertEqual(str(1 + len(lines)), self.total("calls made"))
+
     def test_requests(self):
         record = {"frameInfo": {"imageName": "A", "timestamp": "5"}, "snapshotInfo": {"iso": 7}}
         self.play(recorded(1, request(1, key="snapshotInfoCollectEnable")), answered(1, "x"),
@@ -299,6 +310,8 @@ class BadInput(RecordedTest):
                             ([good.replace('"n"', '"N"')], "2: n: is missing"),
                             ([good.replace('"tid": 1', '"tid": "1"')], "2: tid: must be a whole "
                              "number from -2147483648 to 2147483647"),
+                            ([good[:-1] + "".join(f',"p{i}":0' for i in range(17)) + ',"p3":1}'],
+                             "2: p3: is given twice"),
                             ([good.replace("register", "rgister")], "2: call: is not an operation: "
                              "rgisterSnapshotRequestRecord; did you mean "
                              "registerSnapshotRequestRecord?"),
