@@ -70,8 +70,8 @@ TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     EXPECT_EQ(row.iso, -9007199254740992);
     EXPECT_EQ(row.fstop, 2.0);
     EXPECT_EQ(row.lux, 0.5);
-    EXPECT_EQ(row.registered.value().value, INT64_MIN);
-    EXPECT_EQ(row.reqValue64.value().value, UINT64_MAX);
+    EXPECT_EQ(row.registered.value_or(Nanoseconds{}).value, INT64_MIN);
+    EXPECT_EQ(row.reqValue64.value_or(InText<uint64_t>{}).value, UINT64_MAX);
     EXPECT_EQ(row.stages[14], 7);
     EXPECT_FALSE(row.build);
     ASSERT_TRUE(reader.next(row));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -39,10 +40,8 @@ TEST(Histogram, TellsPercentilesWithinTheirError) {
             [&] { return static_cast<int64_t>(random()); },
     };
     for (size_t maker = 0; maker < makers.size(); ++maker) {
-        std::vector<int64_t> values;
-        for (int i = 0; i < 5000; ++i) {
-            values.push_back(makers[maker]());
-        }
+        std::vector<int64_t> values(5000);
+        std::generate(values.begin(), values.end(), makers[maker]);
         const Histogram histogram = histogramOf(values);
         EXPECT_EQ(*std::min_element(values.begin(), values.end()), histogram.minimum());
         EXPECT_EQ(*std::max_element(values.begin(), values.end()), histogram.maximum());
@@ -55,10 +54,8 @@ TEST(Histogram, TellsPercentilesWithinTheirError) {
 }
 
 TEST(Histogram, IsExactBelow128) {
-    std::vector<int64_t> values;
-    for (int64_t i = 0; i < 256; ++i) {
-        values.push_back(127 - i);
-    }
+    std::vector<int64_t> values(256);
+    std::iota(values.begin(), values.end(), -128);
     const Histogram histogram = histogramOf(values);
     for (uint32_t percent = 1; percent <= 100; ++percent) {
         EXPECT_EQ(exactPercentile(values, percent), histogram.percentile(percent)) << percent;

@@ -62,13 +62,8 @@ bool CaptureReader::next(Captured& capture) {
 }
 
 bool CaptureReader::lookAhead() {
-    if (!mAhead) {
-        rows::NodeRow row;
-        if (mNodeRows.next(row)) {
-            mAhead = std::move(row);
-        }
-    }
-    return mAhead.has_value();
+    mIsAhead = mIsAhead || mNodeRows.next(mAhead);
+    return mIsAhead;
 }
 
 void CaptureReader::takeNodes(Captured& capture) {
@@ -80,17 +75,18 @@ void CaptureReader::takeNodes(Captured& capture) {
     }
     const auto wanted = static_cast<uint64_t>(capture.row.nodeCount.value_or(0));
     while (lookAhead()) {
-        const Key owner{mAhead->runId, mAhead->captureSeq};
+        const Key owner{mAhead.runId, mAhead.captureSeq};
         if (owner != key && nodes.size() >= wanted) {
             break;
         }
+        mIsAhead = false;
         if (owner == key) {
-            nodes.push_back(*std::exchange(mAhead, std::nullopt));
+            nodes.push_back(std::move(mAhead));
             continue;
         }
         Early& early = mEarly[owner];
         early.place = early.nodes.empty() ? mNodeRows.place() : early.place;
-        early.nodes.push_back(*std::exchange(mAhead, std::nullopt));
+        early.nodes.push_back(std::move(mAhead));
     }
     if (capture.row.nodeCount && nodes.size() != wanted) {
         throw std::runtime_error(mCaptureRows.place() + ": node_count: is " +
@@ -107,7 +103,7 @@ void CaptureReader::checkEnd() {
     }
     const bool isEarly = !mEarly.empty();
     if (isEarly || lookAhead()) {
-        const Key owner = isEarly ? mEarly.begin()->first : Key{mAhead->runId, mAhead->captureSeq};
+        const Key owner = isEarly ? mEarly.begin()->first : Key{mAhead.runId, mAhead.captureSeq};
         throw std::runtime_error((isEarly ? mEarly.begin()->second.place : mNodeRows.place()) +
                                  ": there is no capture " + std::to_string(owner.second) +
                                  " of the run " + inQuotes(owner.first));
@@ -134,7 +130,9 @@ void OrderedReader::hold(Captured capture) {
 // Returns false at the end, when none is held.
 bool OrderedReader::readOne() {
     if (mOfNextRun) {
-        hold(*std::exchange(mOfNextRun, std::nullopt));
+        Captured first = std::move(*mOfNextRun);
+        mOfNextRun.reset();
+        hold(std::move(first));
         return true;
     }
     Captured capture;

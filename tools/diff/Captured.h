@@ -59,7 +59,8 @@ class CaptureReader {
     rows::CaptureReader mCaptureRows;
     rows::NodeReader mNodeRows;
     const std::string mPath;  // of the captures
-    std::optional<rows::NodeRow> mAhead;
+    rows::NodeRow mAhead;     // if mIsAhead, the next one
+    bool mIsAhead = false;
     std::map<Key, Early> mEarly;
     Session mSession;
     uint64_t mCaptures = 0;

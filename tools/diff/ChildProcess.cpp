@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/types.h>
+#include <stdlib.h>  // WEXITSTATUS and its like, before <sys/wait.h> would define them
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,5 +1,6 @@
 #include "Differ.h"
 
+#include <cstdint>
 #include <vector>
 
 #include "Captured.h"

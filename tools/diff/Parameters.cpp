@@ -1,5 +1,6 @@
 #include "Parameters.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>

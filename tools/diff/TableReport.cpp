@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Columns.h"
 #include "Difference.h"
 #include "Report.h"
+#include "TerminalStyle.h"
 #include "TerminalText.h"
 
 namespace diff {
@@ -40,7 +42,7 @@ std::string countText(uint64_t captures) {
 }
 
 std::string whatDiffers(const Difference& difference) {
-    const std::string node = "node " + difference.node;
+    std::string node = "node " + difference.node;
     switch (difference.kind) {
         case Kind::kSwitch:
             return "switch " + difference.item;

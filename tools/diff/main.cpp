@@ -15,7 +15,6 @@
 #include <CLI/Error.hpp>
 #include <CLI/Validators.hpp>
 
-#include "Captured.h"
 #include "Differ.h"
 #include "Pairing.h"
 #include "Printable.h"

@@ -1,12 +1,12 @@
 #include "FieldTable.h"
 
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <type_traits>
 #include <variant>
 
 #include "Printable.h"

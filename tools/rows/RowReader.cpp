@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "FieldTable.h"
 #include "InputKind.h"

@@ -51,7 +51,8 @@ class Bounded {
     }
 
     const std::map<std::string, Value, NumbersFirst>& named() const { return mNamed; }
-    const std::optional<Value>& rest() const { return mRest; }
+    // Null if there were never too many.
+    const Value* rest() const { return mRest ? &*mRest : nullptr; }
 
   private:
     size_t mMost;

@@ -1,9 +1,8 @@
 #include "Figures.h"
 
+#include <array>
 #include <cstddef>
-#include <cstdint>
 #include <iterator>
-#include <optional>
 #include <tuple>
 
 #include "Histogram.h"

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>

@@ -1,7 +1,6 @@
 #include "Registrations.h"
 
 #include <cstdint>
-#include <iterator>
 #include <map>
 
 #include "Figures.h"

@@ -15,7 +15,8 @@ Statistics::Statistics(const std::string& by) : mBy(by) {
 }
 
 void Statistics::add(const rows::CaptureRow& row) {
-    Figures* group = groupsCaptures() ? &mGroups.of(mColumn->valueOf(row)) : nullptr;
+    const bool isGrouped = mColumn && mColumn->isOfCaptures();
+    Figures* group = isGrouped ? &mGroups.of(mColumn->valueOf(row)) : nullptr;
     mAll.add(row);
     if (group != nullptr) {
         group->add(row);
@@ -26,7 +27,7 @@ void Statistics::add(const rows::CaptureRow& row) {
 
 void Statistics::add(const rows::NodeRow& row) {
     mAll.add(row);
-    if (groupsNodes()) {
+    if (mColumn && mColumn->isOfNodes()) {
         mGroups.of(mColumn->valueOf(row)).add(row);
     }
 }

@@ -99,7 +99,7 @@ std::vector<std::pair<std::string, const Figures*>> partsOf(const Statistics& st
         parts.emplace_back(view::safeName(name), &figures);
     }
     if (statistics.groups().rest()) {
-        parts.emplace_back(kOthers, &*statistics.groups().rest());
+        parts.emplace_back(kOthers, statistics.groups().rest());
     }
     return parts;
 }

@@ -64,7 +64,8 @@ rows::Whole toldOf(const rows::RowFolder& folder, rows::Whole rows::RunRow::*col
     rows::RunReader reader(folder.run);
     int64_t sum = 0;
     for (rows::RunRow run; reader.next(run);) {
-        if (!(run.*column) || __builtin_add_overflow(sum, *(run.*column), &sum)) {
+        const rows::Whole told = run.*column;
+        if (!told || __builtin_add_overflow(sum, *told, &sum)) {
             return std::nullopt;
         }
     }
