@@ -47,7 +47,7 @@ void setAnswers(AnswerQuestion answer) {
 
 // With --timing.
 void play(const std::string& lines, uint32_t rounds) {
-    const std::string path = testing::TempDir() + "playback.jsonl";
+    const std::string path = testing::TempDir() + "playback-" + std::to_string(getpid()) + ".jsonl";
     std::ofstream(path) << lines;
     replay::LogFile log(path);
     ReplayOptions options;

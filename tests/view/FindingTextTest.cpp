@@ -29,9 +29,13 @@ TEST(FindingText, BeginsWithThePlace) {
             "    night.jsonl:21  result 63 is error_request\\x1b[2J\n"
             "                    never removed\n",
             findingLines(findings, sampleSession(), 4, kStyle));
+    const std::string coloured = findingLines(findings, sampleSession(), 4, {80, false, true});
+    EXPECT_EQ(0U, coloured.find("\033[31m    night.jsonl:21"));
+    EXPECT_EQ(std::string::npos, coloured.find("\033", coloured.find('\n')));
     Session piped;
-    piped.sources = {"-"};
+    piped.sources = {"-", "a\x1b"};
     EXPECT_EQ("standard input:3", placeText({0, 3}, piped));
+    EXPECT_EQ("a\\x1b:4", placeText({1, 4}, piped));
     EXPECT_EQ("?:3", placeText({1, 3}, sampleSession()));
 }
 
@@ -66,6 +70,10 @@ TEST(WorstFindings, HaveFailuresFirstThenTheOrderOfRegistration) {
     const std::string text = worst.lines(2, kStyle);
     EXPECT_NE(std::string::npos, text.find("IMG_117  vendor_error\n  ... and 14 more\n"));
     EXPECT_EQ(std::string::npos, text.find("never_removed"));
+    Capture capture = sampleCapture(0, "LONG");
+    capture.findings = {sampleFinding(FindingKind::kVendorError, std::string(501, 'x'))};
+    worst.add(capture, sampleSession());
+    EXPECT_NE(std::string::npos, worst.lines(2, kStyle).find(" " + std::string(498, 'x') + "..\n"));
 }
 
 }  // namespace

@@ -54,7 +54,9 @@ TEST(Summary, HasALineForEachCapture) {
 
 TEST(Summary, SortsTheWorstToTheTop) {
     const auto order = [](const char* sort) {
-        std::istringstream lines(summaryOf(samples(), sort, {80, false, false}));
+        std::vector<Capture> captures = samples();
+        captures[2].findings.assign(2, sampleFinding(FindingKind::kLate, "late"));
+        std::istringstream lines(summaryOf(captures, sort, {80, false, false}));
         std::string digits;
         for (std::string line; std::getline(lines, line);) {
             digits += line.substr(6, 1);
@@ -63,7 +65,7 @@ TEST(Summary, SortsTheWorstToTheTop) {
     };
     EXPECT_EQ("123", order(""));
     EXPECT_EQ("123", order("time"));
-    EXPECT_EQ("213", order("findings"));
+    EXPECT_EQ("231", order("findings"));
 }
 
 TEST(Summary, SortsByTheSlowestNodeWhereNothingElseIsKnown) {
@@ -85,6 +87,7 @@ TEST(Summary, CountsFindingsWhereWordsDoNotFit) {
     EXPECT_NE(std::string::npos,
               summaryOf(captures, "", {80, false, false}).find("  A_NAME_OF_TWENTYONE_2  "));
     captures[1].findings[0].calls = 12;
+    captures[2].cameras = std::vector<uint32_t>(40, 7);
     captures[0].name = "A_LONG_NAME_WITH_ITS_NUMBER_AT_THE_END_0000000000000000000000000000000012";
     for (size_t width = 20; width < 100; ++width) {
         std::istringstream lines(summaryOf(captures, "", {width, false, false}));

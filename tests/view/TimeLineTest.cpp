@@ -176,6 +176,7 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
                      sampleNode("zero", 0, 500'008.0)};
     capture.findings = {{FindingKind::kNodeError, "", "negative", {}, {}},
                         {FindingKind::kNoCompletion, "", "endless", {}, {}},
+                        {FindingKind::kNodeTimeOut, "", "no start", {}, {}},
                         {FindingKind::kVendorError, "", "open", {}, {}}};
     // "zero" starts before the clock's minute, so the nodes' clock is another.
     auto line = lineOf(capture);
@@ -184,7 +185,7 @@ TEST(TimeLine, MakesEmptySpansOfNodesWithoutAUsableCompletion) {
     line = lineOf(capture);
     EXPECT_EQ(show(line, Lane::Kind::kNode),
               (Texts{"1-9 timed out!", "2-2 negative!", "3-3 open", "4-4 endless!", "5-5 huge",
-                     "6-6 a day", "7-7 no start"}));
+                     "6-6 a day", "7-7 no start!"}));
 }
 
 TEST(TimeLine, HasALaneForEachThreadInTheOrderOfTheirFirstCalls) {
@@ -206,7 +207,7 @@ TEST(TimeLine, MarksFailuresAndFlushesByTime) {
     Capture capture = captureAt(5000);
     capture.reports.resize(2);
     capture.reports[0].at = capture.flushed;
-    capture.reports[1].at = 5105 * kMs;
+    capture.reports[1].at = 5115 * kMs;
     capture.findings = {{FindingKind::kErrorText, "error", "", {}, 5102 * kMs},
                         {FindingKind::kVendorError, "vendor", "", {}, 5050 * kMs},
                         {FindingKind::kVendorError, "without time", "", {}, {}},
@@ -216,7 +217,8 @@ TEST(TimeLine, MarksFailuresAndFlushesByTime) {
     for (const Mark& mark : line.marks) {
         marks.push_back(std::to_string(mark.at / kMs) + mark.name + (mark.isFailure ? "!" : ""));
     }
-    EXPECT_EQ(marks, (Texts{"50vendor!", "100flush", "102error!", "105flush"}));
+    EXPECT_EQ(marks, (Texts{"50vendor!", "100flush", "102error!", "115flush"}));
+    EXPECT_EQ(line.length, 115 * kMs);
 }
 
 TEST(TimeLine, EndsOfTheNumbersDoNotOverflow) {

@@ -169,7 +169,9 @@ TEST_F(PageFileTest, HasTheDataBetweenItsParts) {
     apart.nodes = nodesOnlyCapture().nodes;
     apart.nodes[0].start = 900'000.1 + 0.2;
     apart.calls = {{"two days before", "", 0, -200'000'000 * kMs - 1, {}, true}};
+    apart.stages = {{{4, "5request_to_post", -1, false}}};
     page.add(apart, session);
+    page.add(nodesOnlyCapture(), session);
     page.finish(session);
     EXPECT_EQ(contentOf(path("page")), contentOf(INFOSYNC_EXPECTED_PAGE));
 }

@@ -58,7 +58,7 @@ int show(const Settings& settings) {
     for (const std::string& log : settings.logs) {
         inputs.push_back(logcat::openInput(log));
     }
-    view::Views views(settings.views, settings.views.quiet ? nullptr : stdout);
+    view::Views views(settings.views, stdout);
     logcat::LogcatReader reader(views);
     if (settings.isPrintable) {
         reader.setPrintable();
