@@ -70,8 +70,10 @@ TEST(Reader, TakesCarriageReturnsAsEndsOfLines) {
     const std::vector<std::string> lines = {registers("A"), "M u()can't find imageName: B",
                                             "C uid=1 identical 2 lines"};
     for (const char* format : {"long", "threadtime"}) {
-        std::string log = logOf(lines, {format});
-        const std::string expected = textOf(readLogs({log}));
+        std::string log = logOf(lines, {format, "epoch"});
+        const Seen seen = readLogs({log});
+        const std::string expected = textOf(seen);
+        EXPECT_EQ("2", textOf(seen.session.findings.at(1).at));
         EXPECT_NE(std::string::npos, expected.find("session of 4 calls")) << expected;
         for (size_t end = 0; (end = log.find('\n', end)) != std::string::npos; end += 2) {
             log.insert(end, "\r");

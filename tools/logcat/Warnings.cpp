@@ -24,8 +24,8 @@ std::string quoted(std::string_view text) {
 }
 
 std::string stateOf(bool isSupported, bool isEnabled, const std::string& answer) {
-    const std::string service =
-            answer.empty() ? "no service answers" : "the service answers " + quoted(answer);
+    const std::string service = answer.empty() ? std::string("no answer to ") + kCommand
+                                               : "the service answers " + quoted(answer);
     return !isSupported          ? std::string("off: not supported")
            : !isEnabled          ? "off: " + service
            : answer == "enabled" ? "on: " + service
