@@ -2,6 +2,7 @@
 
 COMMAND is the tool, behind an emulator if it needs one."""
 
+import itertools
 import os
 import subprocess
 import sys
@@ -14,8 +15,10 @@ class Outputs(ReplayTest):
     def test_unusable_output(self):
         self.refuse("plain-shot.jsonl", "--json", "absent/calls.jsonl",
                     says="absent/calls.jsonl: cannot be opened for writing: No such file")
-        for one, other in (("--trace", "--html"), ("--json", "--html"), ("--json", "--trace")):
-            self.refuse("plain-shot.jsonl", one, "a", other, "./a", says="a: cannot be both")
+        outputs = ("--json", "--trace", "--html", "--stats-json")
+        for one, other in itertools.combinations(outputs, 2):
+            self.refuse("plain-shot.jsonl", "--stats", one, "a", other, "./a",
+                        says="a: cannot be both")
         before = (self.folder / "plain-shot.jsonl").read_bytes()
         self.refuse("plain-shot.jsonl", "--json", "./plain-shot.jsonl",
                     says="./plain-shot.jsonl: is the log itself, which would be overwritten")

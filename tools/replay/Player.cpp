@@ -35,7 +35,8 @@ bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
 
 // The service's calls are written while the log is played, and views take the place of a file.
 void checkNames(const ReplayOptions& options) {
-    for (const std::string& file : {options.view.trace, options.view.html}) {
+    for (const std::string& file :
+         {options.view.trace, options.view.html, options.view.statsJson}) {
         if (!options.json.empty() && !file.empty() && view::nameOneFile(options.json, file)) {
             throw std::runtime_error(options.json +
                                      ": cannot be both the service's calls and a view");

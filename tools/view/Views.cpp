@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "Capture.h"
@@ -28,19 +29,25 @@ bool haveTrouble(const std::vector<Finding>& findings) {
     });
 }
 
+void refuseOneFile(const std::string& one, const char* what, const std::string& other,
+                   const char* otherwise) {
+    if (!one.empty() && !other.empty() && nameOneFile(one, other)) {
+        throw std::runtime_error(one + ": cannot be both " + what + " and " + otherwise);
+    }
+}
+
 }  // namespace
 
 Views::Views(const ViewOptions& options, std::FILE* terminal)
     : mMissingImages(options.images.begin(), options.images.end()) {
+    refuseOneFile(options.trace, "the trace", options.html, "the page");
+    refuseOneFile(options.trace, "the trace", options.statsJson, "the statistics");
+    refuseOneFile(options.html, "the page", options.statsJson, "the statistics");
     terminal = options.quiet ? nullptr : terminal;
     if (options.stats) {
         mViews.push_back(std::make_unique<stats::StatsView>(options, terminal));
     } else if (terminal != nullptr) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
-    }
-    if (!options.trace.empty() && !options.html.empty() &&
-        nameOneFile(options.trace, options.html)) {
-        throw std::runtime_error(options.trace + ": cannot be both the trace and the page");
     }
     if (!options.trace.empty()) {
         mViews.push_back(std::make_unique<Trace>(options.trace));
