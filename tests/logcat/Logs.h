@@ -199,7 +199,8 @@ inline std::string textOf(const Seen& seen) {
     text += "session of " + std::to_string(seen.session.calls) + " calls, " +
             std::to_string(seen.session.flushes.value_or(99)) + " flushes\n";
     for (const auto& [name, state] : seen.session.switches) {
-        text += "  " + name + ": " + state + '\n';
+        text += "  " + name;
+        text += ": " + state + '\n';
     }
     for (const std::string& note : seen.session.notes) {
         text += "  note: " + note + '\n';

@@ -138,7 +138,7 @@ void CaptureBuilder::addFlush(Process& process, const Entry& entry) {
         addEmptyFlush(process, entry, isWhole);
         return;
     }
-    Telling telling = *std::exchange(thread.telling, std::nullopt);
+    Telling telling = std::exchange(thread.telling, std::nullopt).value_or(Telling{});
     OpenCapture& flushed = recordOf(process, entry);
     attach(process, telling, flushed);
     addCall(flushed, entry);
