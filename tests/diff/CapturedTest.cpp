@@ -86,6 +86,7 @@ TEST(CaptureReader, RefusesRowsThatDoNotFitTogether) {
     Folder early;
     early.capture(1, "A", R"(,"node_count":1)");
     early.node(8, "x", "s");
+    early.node(8, "z", "s");
     early.node(1, "y");
     EXPECT_EQ("nodes.ndjson:1: there is no capture 8 of the run \"s\"", refusal(early));
     Folder cut;

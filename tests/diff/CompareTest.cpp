@@ -115,6 +115,7 @@ TEST(Compare, TellsWhatDiffersInEachColumn) {
             {[](auto& row) { row.results = "40=timeout,41=error_none"; },
              {"vendor_result 40 error_none timeout"}},
             {[](auto& row) { row.errors = "a; b; a"; }, {"error a 0 2", "error b 0 1"}},
+            {[](auto& row) { row.errors = "a", row.vendorErrors = 2; }, {"error a 0 1"}},
             {[](auto& row) { row.vendorErrors = 2; }, {"error vendor errors 0 2"}},
             {[](auto& row) { row.nodeTimeOuts = 2; }, {"error node time-outs 0 2"}},
             {[](auto& row) { row.nodeErrors = 2; }, {"error node errors 0 2"}},
@@ -144,6 +145,7 @@ TEST(Compare, TellsWhatDiffersInANode) {
     };
     const Case cases[] = {
             {[](auto& row) { row.state = "x"; }, {"node_state state@merge none x"}},
+            {[](auto& row) { row.timedOut.reset(); }, {}},
             {[](auto& row) { row.timedOut = true; }, {"node_state timed_out@merge no yes"}},
             {[](auto& row) { row.completion.reset(); }, {"node_state completed@merge yes no"}},
             {[](auto& row) { row.isListed = false; }, {"node_state listed@merge yes no"}},

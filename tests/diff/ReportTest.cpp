@@ -86,6 +86,30 @@ TEST(TableReport, HasFewLinesForManyWays) {
             << text;
 }
 
+TEST(TableReport, NamesWhatDiffersOfWhom) {
+    TableReport report("A", "B", kWide);
+    report.add({Kind::kVendorResult, "40", {}, "x", {}, {}}, {});
+    report.add({Kind::kNodeState, "state", "merge", "OK", "x", {}}, {});
+    report.add({Kind::kNode, "node", "merge", {}, "is there", {}}, {});
+    report.add({Kind::kStage, "03", {}, "told", {}, {}}, {});
+    report.add({Kind::kParameter, "ui_extra", {}, "", "x", {}}, {});
+    report.add({Kind::kDuration, "to_flush", {}, "1000", "3000", 2000}, {});
+    EXPECT_EQ(
+            "A  A\n"
+            "B  B\n"
+            "\n"
+            "  difference         A        B         change\n"
+            "  vendor result 40   x        missing\n"
+            "  node merge: state  OK       x\n"
+            "  node merge         missing  is there\n"
+            "  stage 03           told     not told\n"
+            "  ui_extra           \"\"       x\n"
+            "  time to_flush      1 ms     3 ms       +2 ms\n"
+            "\n"
+            "1 capture compared, 1 of them differs\n",
+            written(report, {1, 1, 0, 0, 0}));
+}
+
 TEST(TableReport, SaysInOneLineThatNothingDiffers) {
     TableReport report("A", "B", kWide);
     EXPECT_EQ("1 capture compared, none differs\n", written(report, {1, 0, 0, 0, 0}));

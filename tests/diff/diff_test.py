@@ -95,6 +95,9 @@ class Diff(unittest.TestCase):
         other_name = [json.loads(line).get("capture_b") for line in
                       self.run_diff(1, a, b, "--by=order", "--json").splitlines()]
         self.assertEqual([None, "Z", None, None], other_name)
+        near = [self.rows(name, [capture(1, "X", to_flush_us=long), capture(2, "Y", to_flush_us=short)])
+                for name, long, short in (("near", 100_000, 10_000), ("far", 109_000, 14_000))]
+        self.run_diff(0, *near)  # each within one part of the default tolerance
         last = self.run_diff(1, a, b).splitlines()[-1]
         self.assertEqual("1 capture compared, 1 of them differs, 1 only in A, 1 only in B", last)
         self.assertEqual("2 captures compared, none differs\n", self.run_diff(0, a, a))
@@ -102,9 +105,18 @@ class Diff(unittest.TestCase):
 
     def test_one_side_without_captures(self):
         empty = self.rows("empty", [], run={"switch_service": "none"})
-        full = self.rows("full", [capture(1, "X")], run={"switch_service": "present"})
-        self.assertEqual([("switch", "service", None), ("capture", "capture", "X")],
+        numbers = (3, 1, 4, 2)
+        full = self.rows("full", [capture(number, f"X{number}") for number in numbers],
+                         run={"switch_service": "present"})
+        self.assertEqual([("switch", "service", None),
+                          *(("capture", "capture", f"X{number}") for number in sorted(numbers))],
                          self.differences(empty, full))
+        single = json.loads(self.run_diff(1, empty, full, "--json").splitlines()[1])
+        self.assertEqual({"kind": "capture", "item": "capture", "capture": "X1",
+                          "capture_seq_b": 1, "b": "is there"}, single)
+        other = self.rows("other", [], run={"switch_service": "present"})
+        self.assertTrue(self.run_diff(1, empty, other).endswith(
+            "0 captures compared, 1 difference of the sessions\n"))
         self.assertEqual("0 captures compared, none differs\n", self.run_diff(0, empty, empty))
 
     def test_bad_input(self):
@@ -128,6 +140,8 @@ class Diff(unittest.TestCase):
         path = pathlib.Path(cut) / "captures.ndjson"
         path.write_bytes(path.read_bytes()[:-9])
         self.check_refused(cut, good, says="captures.ndjson:2")
+        (pathlib.Path(cut) / "run.ndjson").write_text("")
+        self.check_refused(cut, good, says="run.ndjson: tells of no run")
         (pathlib.Path(cut) / "run.ndjson").unlink()
         self.check_refused(cut, good, says="run.ndjson: is missing")
         for arguments in ([good], [good, good, "--by", "size"], [good, good, good]):
@@ -147,9 +161,12 @@ class Diff(unittest.TestCase):
         subprocess.run([REPLAY, str(BURST), "--quiet", "--rows", rows], check=True, timeout=50,
                        capture_output=True)
         shutil.copy(BURST, self.folder / "-copy")
-        for other in (str(BURST), rows, "./-copy"):
+        content = BURST.read_bytes()
+        for other in (str(BURST), rows, "-copy", self.write("mark", b"\xef\xbb\xbf" + content),
+                      self.write("blank", b"\n" + content)):
             self.assertEqual("8 captures compared, none differs\n",
-                             self.run_diff(0, str(BURST), other))
+                             self.run_diff(0, "--", str(BURST), other))
+            self.assertEqual("", self.err)
         for scenario in BURST.parent.glob("*.jsonl"):
             self.run_diff(0, str(scenario), str(scenario))
 

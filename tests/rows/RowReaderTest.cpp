@@ -56,10 +56,11 @@ std::string capture(const std::string& more) {
 
 TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     const std::string path = write(
-            "rows", capture(R"(,"name":"A","has_failed":true,"iso":-9007199254740992,"fstop":2)"
-                            R"(,"lux":0.5,"registered_ns":"-9223372036854775808","build":null)"
-                            R"(,"req_value64":"18446744073709551615","stage_14_us":7)") +
-                            R"({"capture_seq":2,"run_id":"r","schema_version":1})" + '\n');
+            "rows",
+            capture(R"(,"name":"A","has_failed":true,"iso":-9007199254740992,"fstop":2,"zoom_ratio":0.5)"
+                    R"(,"lux":18446744073709551615,"registered_ns":"-9223372036854775808","build":null)"
+                    R"(,"req_value64":"18446744073709551615","stage_14_us":7)") +
+                    R"({"capture_seq":2,"run_id":"r","schema_version":1})" + '\n');
     CaptureReader reader(path);
     CaptureRow row;
     ASSERT_TRUE(reader.next(row));
@@ -69,7 +70,8 @@ TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     EXPECT_EQ(row.hasFailed, true);
     EXPECT_EQ(row.iso, -9007199254740992);
     EXPECT_EQ(row.fstop, 2.0);
-    EXPECT_EQ(row.lux, 0.5);
+    EXPECT_EQ(row.zoomRatio, 0.5);
+    EXPECT_EQ(row.lux, 18446744073709551615.0);
     EXPECT_EQ(row.registered.value_or(Nanoseconds{}).value, INT64_MIN);
     EXPECT_EQ(row.reqValue64.value_or(InText<uint64_t>{}).value, UINT64_MAX);
     EXPECT_EQ(row.stages[14], 7);
@@ -120,10 +122,14 @@ TEST_F(RowReaderTest, SaysInWhichLineAndColumnSomethingIsWrong) {
     EXPECT_EQ(complaintOn<CaptureRow>(R"({"schema_version":1,"capture_seq":1,"run_id":null})"),
               ":1: run_id: must be a text");
     EXPECT_EQ(complaintOn<NodeRow>(capture("")), ":1: node: is missing");
+    EXPECT_EQ(complaintOn<CaptureRow>(capture("") + R"({"schema_version":1,"capture_seq":1})"),
+              ":2: run_id: is missing");
 }
 
 TEST_F(RowReaderTest, RefusesAnotherSchemaVersionWhateverElseIsWrong) {
     const std::string newer = R"({"run_id":7,"schema_version":2})";
+    EXPECT_EQ(complaintOn<NodeRow>(R"({"schema_version":0})"),
+              ":1: schema_version: is 0, and this program reads 1");
     EXPECT_EQ(complaintOn<NodeRow>(newer), ":1: schema_version: is 2, and this program reads 1");
     EXPECT_EQ(complaintOn<NodeRow>(R"({"run_id":"r","capture_seq":1,"node":"n"})"),
               ":1: schema_version: is missing");
@@ -143,6 +149,8 @@ TEST_F(RowReaderTest, RefusesWhatAreNoRows) {
     EXPECT_EQ(complaintOn<CaptureRow>("\x1f\x8b..."),
               ": is compressed by gzip; \"gunzip\" makes rows of it");
     EXPECT_EQ(complaintOn<CaptureRow>(""), "");
+    const std::string longName(size_t{2} << 20, 'x');
+    EXPECT_EQ(complaintOn<CaptureRow>(capture(R"(,"name":")" + longName + '"')), "");
 }
 
 TEST_F(RowReaderTest, TakesOnlyFoldersThatAreWhole) {

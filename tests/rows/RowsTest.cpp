@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "Capture.h"
+#include "Finding.h"
 #include "MadeCaptures.h"
 #include "NewFile.h"
 #include "Row.h"
@@ -149,8 +150,11 @@ TEST_F(RowsTest, TellOnlyWhatIsKnown) {
     Node late = listed;
     late.name = "merge";
     late.start = 9e300;
-    late.completion = 1e-9;
+    late.second = -1;
+    late.completion = 0.0019;
     capture.nodes = {listed, late};
+    capture.findings = {{FindingKind::kCutEvent, "cut", {}, {0, 4}, {}, 3},
+                        {FindingKind::kNoCompletion, "late", "beauty", {0, 5}, {}, 1}};
     capture.registered = INT64_MIN;
     capture.flushed = INT64_MAX;
     capture.stages = {{{0, "0", -1}, {2, "2", -3}, {6, "6", INT64_MAX}, {12, "12", 5, false}}};
@@ -161,19 +165,22 @@ TEST_F(RowsTest, TellOnlyWhatIsKnown) {
     options.runId = "r";
     const rows::CaptureRow row = captureRowOf(capture, session, options);
     EXPECT_EQ(contentOf(row, false),
-              "run_id=r\ncapture_seq=3\nname=\nflushed_ns=9223372036854775806\n"
-              "is_flushed=0\nis_removed=0\nhas_failed=0\nfindings=0\ncalls=0\n"
+              "run_id=r\ncapture_seq=3\nline=4\nname=\nflushed_ns=9223372036854775806\n"
+              "is_flushed=0\nis_removed=0\nhas_failed=1\nfindings=4\ncalls=0\n"
               "calls_without_effect=0\nvendor_errors=0\nnode_time_outs=0\nnode_errors=0\n"
-              "error_texts=0\nresults_missing=0\nno_completions=0\nreports=0\n"
-              "stages=0,2,6,12\nstage_02_us=-3000\nnode_count=2\nslowest_node=merge\n");
+              "error_texts=0\nresults_missing=0\nno_completions=1\nfirst_finding=late\n"
+              "reports=0\nerrors=late\nstages=0,2,6,12\nstage_02_us=-3000\nnode_count=2\nslowest_"
+              "node=merge\n");
     const std::vector<rows::NodeRow> nodes = nodeRowsOf(capture, row);
     ASSERT_EQ(nodes.size(), 2U);
     EXPECT_EQ(contentOf(nodes[0], false),
-              "run_id=r\ncapture_seq=3\nname=\nnode=beauty\nis_listed=1\nhas_failed=0\n"
+              "run_id=r\ncapture_seq=3\nname=\nnode=beauty\nis_listed=1\nhas_failed=1\n"
               "state=none\n");
     EXPECT_EQ(contentOf(nodes[1], false),
-              "run_id=r\ncapture_seq=3\nname=\nnode=merge\nis_listed=1\ncompletion_us=0\n"
-              "has_failed=0\nstate=none\n");
+              "run_id=r\ncapture_seq=3\nname=\nnode=merge\nis_listed=1\ncompletion_us=2\n"
+              "timed_out=1\nhas_failed=1\nstate=none\n");
+    capture.findings.pop_back();
+    EXPECT_EQ(captureRowOf(capture, session, options).firstFinding, "cut");
 }
 
 }  // namespace

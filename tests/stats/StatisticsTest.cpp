@@ -150,6 +150,8 @@ TEST(Statistics, GroupsByAColumnOfCapturesOrNodes) {
     rows::CaptureRow capture = sampleCapture(1, 1);
     rows::NodeRow node = sampleNode("merge", 5);
     capture.build = node.build = "b1";
+    capture.zoomRatio = 1.2345;
+    capture.exposureTime = rows::InText<int64_t>{-7};
     const auto groupOf = [&](const char* column) {
         Statistics statistics(column);
         statistics.add(capture);
@@ -162,14 +164,20 @@ TEST(Statistics, GroupsByAColumnOfCapturesOrNodes) {
     EXPECT_EQ("build b1 1111", groupOf("build"));
     EXPECT_EQ("cam_mode (not known) 1111", groupOf("cam_mode"));
     EXPECT_EQ("is_flushed true 1010", groupOf("is_flushed"));
+    EXPECT_EQ("zoom_ratio 1.2345 1010", groupOf("zoom_ratio"));
+    EXPECT_EQ("exposure_time -7 1010", groupOf("exposure_time"));
     EXPECT_EQ("node merge 0101", groupOf("node"));
     EXPECT_EQ("timed_out false 0101", groupOf("timed_out"));
 
-    try {
-        const Statistics statistics("cam_mod");
-        ADD_FAILURE() << "there is no such column";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ("--by: rows have no column cam_mod; did you mean cam_mode?", error.what());
+    for (const std::string column : {"cam_mode", "is_listed"}) {
+        const std::string near = column.substr(0, column.size() - 1);
+        try {
+            const Statistics statistics(near);
+            ADD_FAILURE() << "there is no such column";
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ("--by: rows have no column " + near + "; did you mean " + column + "?",
+                      error.what());
+        }
     }
 }
 

@@ -110,6 +110,16 @@ TEST(StatisticsText, ShowsGroupsUnderEachOther) {
             between(textOf(20, "node", 60), "by", "times"));
 }
 
+TEST(StatisticsText, ShowsTheRestOfTooManyNamesAsOthers) {
+    Statistics statistics("node");
+    for (size_t i = 0; i < Figures::kMostNodes + 3; ++i) {
+        statistics.add(sampleNode(std::to_string(i), 5));
+    }
+    const std::string text = statisticsText(statistics, {100, false, false});
+    EXPECT_NE(std::string::npos, between(text, "by", "nodes,").find("\n  (others)     53 "));
+    EXPECT_NE(std::string::npos, text.substr(text.find("nodes,")).find("\n  (others)      3 "));
+}
+
 TEST(StatisticsText, DoesNotDivideWhatTheColumnCannot) {
     const std::string all = textOf(20, "", 100);
     const std::string byNode = textOf(20, "node", 100);
