@@ -6,6 +6,7 @@
 #   run.sh --against FOLDER    the same against the libcaminfosync.so in FOLDER
 #   run.sh --instructions      only the instructions, counted by callgrind
 #   run.sh --without           what the fixed copies and locks cost, by leaving each out
+#   run.sh --tools COMMIT      how fast logs are played, beside the infosync-replay of COMMIT
 #   run.sh --smoke             each benchmark once
 #
 # --against goes with --instructions and --smoke, too. Arguments that begin with --benchmark_ go
@@ -19,7 +20,7 @@ say() { printf 'bench: %s\n' "$*" >&2; }
 die() { say "$@"; exit 1; }
 misused() { say "$@"; exit 2; }
 
-mode=full reference=by_hand against='' benchmark_arguments=()
+mode=full reference=by_hand against='' before='' benchmark_arguments=()
 while [ $# -gt 0 ]; do
     case $1 in
     --smoke | --instructions | --without)
@@ -32,13 +33,24 @@ while [ $# -gt 0 ]; do
         reference=against
         shift
         ;;
+    --tools)
+        [ "$mode" = full ] || misused "--$mode and $1 exclude each other"
+        [ $# -gt 1 ] || misused "--tools takes a commit to compare with"
+        mode=tools
+        before=$(git rev-parse --verify --quiet "$2^{commit}") || misused "--tools: no commit $2"
+        shift
+        ;;
     --benchmark_*) benchmark_arguments+=("$1") ;;
-    *) misused "unknown argument: $1 (known: --smoke, --instructions, --without, --against FOLDER," \
-        "--benchmark_...)" ;;
+    *) misused "unknown argument: $1 (known: --smoke, --instructions, --without, --tools COMMIT," \
+        "--against FOLDER, --benchmark_...)" ;;
     esac
     shift
 done
-[ "$mode" != without ] || [ -z "$against" ] || misused "--without and --against exclude each other"
+case $mode in
+without | tools)
+    [ -z "$against" ] || misused "--$mode and --against exclude each other"
+    ;;
+esac
 
 build=build/release
 programs=$build/benchmarks
@@ -136,6 +148,24 @@ read_log() {
         die "infosync-logcat fails"
 }
 
+# How fast logs are played: play_logs CAPTURES ROUNDS [BUILD]
+play_logs() {
+    say "playing logs of $1 captures"
+    benchmarks/replay.sh "$build" "$results/logs" "$@" || die "a tool fails"
+}
+
+# Builds the infosync-replay of a commit as this one is built.
+build_before() {
+    local folder=build/before
+    say "building the infosync-replay of $1"
+    rm -rf "$folder/source"
+    mkdir -p "$folder/source"
+    git archive "$1" | tar -x -C "$folder/source"
+    { cmake -S "$folder/source" -B "$folder/build" --preset release &&
+        cmake --build "$folder/build" -j "$(nproc)" --target infosync_replay; } \
+        >"$results/build.txt" 2>&1 || { tail -n 60 "$results/build.txt" >&2; die "the build failed"; }
+}
+
 report() { benchmarks/report.py --names "$libraries ${1:-}" "$results" || die "failed"; }
 
 # The names of all benchmarks that were asked for, to see that none is missing.
@@ -148,24 +178,29 @@ libraries="$reference infosync"
 variants='record_copy algorithm_copy both_copies mutex_pass locks everything'
 rm -rf "$results"
 mkdir -p "$results"
-targets=(benchmarks infosync_logcat)
+targets=(benchmarks infosync_logcat infosync_replay infosync_diff)
 if [ "$mode" = without ]; then
     targets+=(without)
     libraries="infosync $variants"
+elif [ "$mode" = tools ]; then
+    targets=(infosync_replay infosync_diff)
+    libraries=
 fi
 say "building ${targets[*]}"
 { cmake --preset release && cmake --build "$build" -j "$(nproc)" --target "${targets[@]}"; } \
     >"$results/build.txt" 2>&1 || { tail -n 60 "$results/build.txt" >&2; die "the build failed"; }
-for library in $libraries recorded; do
+for library in $libraries; do
     check_library "$library"
 done
 case $mode in
 smoke)
+    check_library recorded
     run_rounds 1 "$libraries recorded" --benchmark_min_time=0
     expected >"$results/expected"
     report recorded >"$results/table.txt"
     compare_loads 1 >>"$results/table.txt"
     read_log 8 1 >>"$results/table.txt"
+    play_logs 20 1 >>"$results/table.txt"
     say "$(wc -l <"$results/expected") benchmarks ran once with each library, without a fault"
     ;;
 instructions)
@@ -177,13 +212,19 @@ without)
     count_all "$libraries"
     report
     ;;
+tools)
+    build_before "$before"
+    play_logs 3000 7 build/before/build
+    ;;
 full)
+    check_library recorded
     run_rounds 15 "$libraries recorded" --benchmark_min_time=0.05
     expected >"$results/expected"
     count_all "$libraries" operation/command
     report recorded
     compare_loads 51
     read_log 200 11
+    play_logs 3000 5
     ;;
 esac
 [ "$mode" = smoke ] || say "done; the results are in $results"
