@@ -190,8 +190,9 @@ inline bool readKey(std::string_view text, std::string& out, const Path& /*path*
 }
 
 inline bool readKey(std::string_view text, int32_t& out, const Path& path, Errors& errors) {
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, out);
+    const char* begin = text.data();
+    const char* end = begin + text.size();
+    const auto [stop, error] = std::from_chars(begin, end, out);
     if (error != std::errc() || stop != end) {
         errors.add(path, "must be named by " + wholeNumber<int32_t>());
         return false;

@@ -12,11 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include <rapidjson/encodings.h>
 #include <rapidjson/rapidjson.h>
 #include <rapidjson/reader.h>
 #include <rapidjson/stream.h>
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "StrictJson.h"
 
