@@ -45,7 +45,7 @@ TEST(Builder, MakesOfMessagesWhatTheTableSays) {
         }
     }
     check();
-    EXPECT_EQ(13U, logs);
+    EXPECT_EQ(20U, logs);
 }
 
 const char* const kSwitchedOn =
@@ -85,7 +85,7 @@ TEST(Builder, ShowsWhatWasCutAsCut) {
             "  cut_event @7: the log has the beginning of its name only\n"
             "  other_manager u@8: u: found no record; on the manager of GetInstance(), which has "
             "none?\n"
-            "  never_flushed @9: registered and never flushed\n",
+            "  never_flushed @9: registered and unregistered without a report in the log\n",
             textOf(seen.captures[0].findings));
     const view::Capture& capture = seen.captures[1];
     EXPECT_EQ(view::FindingKind::kCutEvent, capture.findings.at(1).kind);

@@ -117,6 +117,7 @@ TEST_F(Library, ScenariosAreToldAlikeInAllFormats) {
           {"time", "monotonic"},
           {"time", "nsec"},
           {"long", "uid"},
+          {"long", "color"},
           {"brief"},
           {"brief", "color"},
           {"tag"},
@@ -131,7 +132,7 @@ TEST_F(Library, CaptureWithTroubleIsToldWhole) {
     playScenarios();
     Seen seen = readLogged({"threadtime", "epoch"});
     ASSERT_LT(1, seen.captures.size());
-    EXPECT_EQ(R"(2 NIGHT_20260108_224519 in 4242: 600015 600031 600042
+    EXPECT_EQ(R"(2 NIGHT_20260108_224519 in 4242: 600015 600025 600042
   timestamp 77121483340011
   camIds[0] 0
   node tone 0 - listed

@@ -63,10 +63,10 @@ inline std::string formatted(const std::vector<std::string>& formats, const LogE
 
 // A log with a line for each millisecond. "M TEXT" is the manager's and "E TEXT" the collector's,
 // "m", "e", "O" and "C" stand before texts under the manager's, the engine's, the overlap library's
-// and the logger's tags, and nothing makes an empty line. "on TID", "in PID" and "at once" are said
-// of what follows.
+// and the logger's tags, and nothing makes an empty line. "on TID", "in PID", "as FORMAT" and "at
+// once" are said of what follows.
 inline std::string logOf(const std::vector<std::string>& lines,
-                         const std::vector<std::string>& formats = {"threadtime", "epoch"},
+                         std::vector<std::string> formats = {"threadtime", "epoch"},
                          int64_t seconds = 1'000'000'000) {
     static const std::map<std::string, std::pair<std::string_view, std::string>> kWriters = {
             {"M", {kManagerTag, "INFOSYNC InfoSynchronizerManager.cpp:7 "}},
@@ -85,6 +85,8 @@ inline std::string logOf(const std::vector<std::string>& lines,
             text += '\n';
         } else if (what == "on" || what == "in") {
             (what == "on" ? entry.tid : entry.pid) = std::stoi(rest);
+        } else if (what == "as") {
+            formats = {rest};
         } else if (what == "at") {
             step = 0;
         } else {
@@ -147,7 +149,8 @@ inline std::string textOf(const std::vector<view::Finding>& findings) {
     std::string text;
     for (const view::Finding& finding : findings) {
         text += std::string("  ") + nameOf(finding.kind) + ' ' + finding.subject + '@' +
-                std::to_string(finding.place.line) + ": " + finding.text + '\n';
+                std::to_string(finding.place.line) + ": " + finding.text +
+                (finding.calls == 1 ? "\n" : "; " + std::to_string(finding.calls) + " calls\n");
     }
     return text;
 }

@@ -47,7 +47,7 @@ TEST(Reader, GoesOnFromOneLogToTheNextAndSaysWhatTimesLack) {
 
 TEST(Reader, TakesABugReportByItsSections) {
     constexpr int64_t kNewYear = 1767225600;
-    const std::string plain = logOf({registers("a\\\\b")}, {"threadtime"}, kNewYear);
+    const std::string plain = logOf({"e other", registers("a\\\\b")}, {"threadtime"}, kNewYear);
     const std::string log =
             "========================================================\n"
             "== dumpstate: 2026-03-01 10:15:00\n"
@@ -63,6 +63,21 @@ TEST(Reader, TakesABugReportByItsSections) {
     EXPECT_EQ("a\\b\t", seen.captures[1].name);
     EXPECT_EQ("a\\\\b", seen.captures[2].name);
     EXPECT_EQ(kNewYear, seen.captures[1].registered.value_or(0) / kSecond);
+}
+
+// Entries of the format long, of which the last is about the one before.
+TEST(Reader, TakesCarriageReturnsAsEndsOfLines) {
+    const std::vector<std::string> lines = {registers("A"), "M u()can't find imageName: B",
+                                            "C uid=1 identical 2 lines"};
+    for (const char* format : {"long", "threadtime"}) {
+        std::string log = logOf(lines, {format});
+        const std::string expected = textOf(readLogs({log}));
+        EXPECT_NE(std::string::npos, expected.find("session of 4 calls")) << expected;
+        for (size_t end = 0; (end = log.find('\n', end)) != std::string::npos; end += 2) {
+            log.insert(end, "\r");
+        }
+        EXPECT_EQ(expected, textOf(readLogs({log})));
+    }
 }
 
 TEST(Reader, RefusesWhatIsNoLogcat) {

@@ -1,7 +1,9 @@
 """What the program does with its arguments, and with files of all kinds."""
 
 import gzip
+import json
 import os
+import re
 import resource
 import subprocess
 import sys
@@ -21,6 +23,22 @@ def line(number, message, tag=MANAGER):
 
 GOOD = line(1, "register image A, queue size: 1") + line(2, "unregister image A, queue size: 0")
 BAD = line(1, "can't find imageName: A")
+
+
+def capture(name, registered, reported):
+    event = '{"pipeline_name":"%s","timestamp":"%d","cam_id":"0","node_stage":"%d"}'
+    return "".join((
+        line(registered, f"register image {name}, queue size: 1"),
+        line(reported - 1, "camQuillSupported:1,  infoSyncCollectEnabled:1, cmdVal: enabled"),
+        line(reported, 'submitReq { "submit-request":{"pipeline_name":"%s","timestamp":"9"}}' % name,
+             "ZuAlgoEngine"),
+        line(reported + 1, 'stime {"hdr":%s}' % (event % (name, 40, 0)), "ZuAlgoEngine"),
+        line(reported + 1, 'ctime {"hdr":%s}' % (event % (name, 47, 2)), "ZuAlgoEngine"),
+        line(reported + 2, f"flush image {name}  snapshotRequestInfo to infosync module"),
+        line(reported + 3, f"unregister image {name}, queue size: 0")))
+
+
+THREE = capture("A", 1, 5) + capture("B", 10, 30) + GOOD.replace("A", "C").replace("00.00", "00.04")
 
 
 class Logcat(unittest.TestCase):
@@ -127,6 +145,37 @@ class Logcat(unittest.TestCase):
         result = self.run_program(log, "--image", "B", "--image", "b\n")
         self.assertEqual((2, b"infosync-logcat: b\\n: no capture has this name\n"),
                          (result.returncode, result.stderr))
+
+    def test_chosen_captures(self):
+        log = self.write("log", THREE)
+        failed = self.run_program(log, "--failed").stdout.decode()
+        self.assertEqual(["capture 3: C, process 1234"], re.findall("^capture .:.*", failed, re.M))
+        for key, names in (("time", "BAC"), ("findings", "CAB")):
+            summary = self.run_program(log, "--summary", "--sort", key).stdout.decode()
+            self.assertEqual(list(names), re.findall("^  ([ABC])  ", summary, re.M), summary)
+
+    def test_trace_and_page(self):
+        """One flush is one mark, which divides the capture; times and lines are the log's."""
+        log = self.write("log", THREE)
+        trace, page = self.path("trace.json"), self.path("page.html")
+        result = self.run_program(log, "--quiet", "--trace", trace, "--html", page)
+        self.assertEqual((0, b""), (result.returncode, result.stderr))
+        with open(trace, encoding="utf-8") as file:
+            events = json.load(file)["traceEvents"]
+        drawn = [(event["cat"], event["name"], event["ts"], event.get("dur"))
+                 for event in events if event["ph"] != "M" and event["pid"] == events[0]["pid"]]
+        for expected in (("capture", "to the flush", 0, 4000),
+                         ("capture", "after the flush", 4000, 3000), ("node", "hdr", 0, 7000),
+                         ("flush", "flush", 4000, None)):
+            self.assertEqual(1, drawn.count(expected), drawn)
+        self.assertEqual(1, sum(event[0] == "flush" for event in drawn))
+        with open(page, encoding="utf-8") as file:
+            data = re.search('<script type="application/json" id="data">(.*?)</script>', file.read(),
+                             re.S).group(1)
+        captures = json.loads(data)["captures"]
+        self.assertEqual([("A", 4), ("B", 20), ("C", None)],
+                         [(each["name"], each["ms"]) for each in captures])
+        self.assertEqual([4000], [mark[0] for mark in captures[0]["marks"]])
 
     def test_printable(self):
         log = self.write("log", line(1, "register image a\\x41\\\\, queue size: 1"))

@@ -192,14 +192,24 @@ TEST(Content, HasNoTimesThatTheLogDoesNotTell) {
               stages(play({"register A", R"(stage A "at":9)"}).captures.at(0)));
     EXPECT_EQ((Lines{"2request_to_vendor not known"}),
               stages(play({R"(register A "at":9)", "stage A"}).captures.at(0)));
+    EXPECT_EQ((Lines{"5request_to_post not known", "7anchor_time not known"}),
+              stages(play({R"(register A "at":9)", R"(stage A "stage":4)",
+                           R"(stage A "stage":6,"at":9)"})
+                             .captures.at(0)));
 }
 
 TEST(Content, HasTwentyThousandCallsAtMost) {
     Lines lines(20'002, "anchor A");
     lines.insert(lines.begin(), "register A");
+    lines.insert(lines.end(), {"flush A", "3a A", "unregister A"});
+    testing::internal::CaptureStderr();
     const Shown shown = play(lines);
+    const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(20'000U, shown.captures.at(0).calls.size());
-    EXPECT_EQ(Lines{"A: 3 more calls are not shown"}, shown.session.notes);
+    EXPECT_EQ(Lines{"A: 6 more calls are not shown"}, shown.session.notes);
+    EXPECT_NE(std::string::npos, said.find("A: 6 more calls are not shown\n"));
+    EXPECT_EQ(Lines{"20005 late too late for the report: iso is 5, reported as 0"},
+              shown.findings());
 }
 
 TEST(Content, IsHandedOnWhenACaptureIsOverAndNumberedAsItBegan) {

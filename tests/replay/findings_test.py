@@ -89,9 +89,46 @@ class SwitchedOff(FindingsTest):
     def test_no_properties(self):
         root = {"INFOSYNC_HOST_ROOT": str(self.folder)}
         says = self.find(*self.LINES, environment=root)[0]
-        self.assertIn(f"turns it on; no build.prop found: {self.folder}/build.prop", says)
+        self.assertIn(f"{SUPPORTED}=true and --property {FORCED}=true turn it on; no build.prop "
+                      f"found: {self.folder}/build.prop", says)
         (self.folder / "build.prop").write_text("", encoding="utf-8")
         self.assertNotIn("build.prop", self.find(*self.LINES, environment=root)[0])
+        (self.folder / "build.prop").write_text(SUPPORTED + "=true\n", encoding="utf-8")
+        self.assertIn(f"no effect; --property {FORCED}=true turns it on",
+                      self.find(*self.LINES, environment=root)[0])
+
+    def test_said_with_all_that_is_off(self):
+        off = ["--property", SUPPORTED + "=false"]
+        for options, more in ((["--no-service"], "and --service turn it on"),
+                              (["--answer", "no"], "and --answer enabled turn it on"),
+                              (["--no-service", "--property", FORCED + "=1"], "turns it on")):
+            self.assertTrue(self.find(register("A"), options=[*off, *options])[0].endswith(
+                f"had no effect; --property {SUPPORTED}=true {more}"), options)
+
+    def test_a_name_that_is_refused_after_its_removal(self):
+        said = self.find(header(), recorded(1, register("A")), answered(1, "enabled\0x"),
+                         recorded(2, flush("A")), recorded(3, unregister("A")),
+                         recorded(4, register("A")), answered(4, "no"), recorded(5, frame("A")),
+                         recorded(6, register("A")), answered(6, "enabled"), recorded(7, flush("A")),
+                         recorded(8, unregister("A")), recorded(9, frame("A")), END)
+        self.assertEqual('on at first: the service answers "enabled\\x00x", and changes its answer '
+                         "2 times", self.total("collection"))
+        self.assertEqual(
+            ['log.jsonl:6 collection is off: the service answers "no"; 2 calls had no effect; '
+             "--answer enabled turns it on",
+             "log.jsonl:13 A: updateFrameInfo: was unregistered in line 12"], said)
+
+    def test_no_effect_without_a_service(self):
+        request = json.dumps({"call": "request", "type": 0, "at": 3,
+                              "record": {"frameInfo": {"imageName": "A"}}})
+        self.assertEqual(["log.jsonl:2 A request: there is no service to report to",
+                          "log.jsonl:3 A snapshotRequestInfoFlush: there is no service to report to"],
+                         self.find(register("A", at=1), request, flush("A", at=5), unregister("A"),
+                                   options=["--no-service", "--property", FORCED + "=true",
+                                            "--trace", "trace.json"]))
+        events = json.loads((self.folder / "trace.json").read_text())["traceEvents"]
+        self.assertEqual(["request", "snapshotRequestInfoFlush"],
+                         [event["name"] for event in events if event.get("cat") == "call,failed"])
 
     def test_no_service_for_a_flush(self):
         options = ["--no-service", "--property", FORCED + "=true"]

@@ -15,7 +15,7 @@ class Outputs(ReplayTest):
         self.refuse("plain-shot.jsonl", "--json", "absent/calls.jsonl",
                     says="absent/calls.jsonl: cannot be opened for writing: No such file")
         for one, other in (("--trace", "--html"), ("--json", "--html"), ("--json", "--trace")):
-            self.refuse("plain-shot.jsonl", one, "a", other, "a", says="a: cannot be both")
+            self.refuse("plain-shot.jsonl", one, "a", other, "./a", says="a: cannot be both")
         before = (self.folder / "plain-shot.jsonl").read_bytes()
         self.refuse("plain-shot.jsonl", "--json", "./plain-shot.jsonl",
                     says="./plain-shot.jsonl: is the log itself, which would be overwritten")

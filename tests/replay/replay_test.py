@@ -67,6 +67,9 @@ class Reports(ReplayTest):
     def test_repeat(self):
         self.run_tool("plain-shot.jsonl", "--repeat", "3", "--summary")
         self.expect("repeat.txt", self.out)
+        image = "IMG_20260314_101502"
+        self.run_tool("plain-shot.jsonl", "--repeat", "2", "--image", image)
+        self.assertEqual([image, image + "#2"], re.findall(r"^capture \d: (.*)$", self.out, re.M))
 
     def test_which_captures_are_shown(self):
         names = [f"{number:02}" for number in range(1, 22)]

@@ -100,7 +100,7 @@ TEST(CaptureReport, SaysWhatIsNotKnown) {
     capture.reports = {Report{}};
     EXPECT_EQ(
             "capture 1: (no name)\n"
-            "  registration not known, never flushed, never removed\n"
+            "  registration not known, flush not known, removal not known\n"
             "  frame\n"
             "    cameras  not known\n"
             "  request: not known\n"
@@ -118,6 +118,18 @@ TEST(CaptureReport, SaysWhatIsNotKnown) {
             captureReport(capture, Session(), std::nullopt, kStyle));
 }
 
+TEST(CaptureReport, DeniesNothingThatMayBeInMissingLines) {
+    Capture capture = sampleCapture(1, "IMG_1");
+    capture.isFlushed = capture.isRemoved = false;
+    const auto life = [&] {
+        const std::string text = captureReport(capture, Session(), std::nullopt, kStyle);
+        return text.substr(text.find("registered"), text.find("  f") - text.find("registered"));
+    };
+    EXPECT_EQ("registered, not flushed, not removed\n", life());
+    capture.findings = {sampleFinding(FindingKind::kGap, "")};
+    EXPECT_EQ("registered, flush not known, removal not known\n", life());
+}
+
 TEST(CaptureReport, SaysWhatIsEmpty) {
     Capture capture = sampleCapture(1, "IMG_1");
     capture.cameras.emplace();
@@ -129,6 +141,10 @@ TEST(CaptureReport, SaysWhatIsEmpty) {
                              "  nodes: none\n", "  vendor results: none\n"}) {
         EXPECT_NE(std::string::npos, text.find(line)) << line;
     }
+    capture.stages = {{0, "1request_to_zuhal", 44}, {1, "2request_to_vendor", -1}};
+    EXPECT_NE(std::string::npos,
+              captureReport(capture, Session(), std::nullopt, kStyle)
+                      .find("    1request_to_zuhal   44 ms\n    2request_to_vendor  -1 ms\n"));
 }
 
 TEST(CaptureReport, LetsNoLongNamePushValuesAside) {

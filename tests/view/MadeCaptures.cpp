@@ -217,7 +217,9 @@ Capture completeCapture() {
     capture.removed = kBegin + 110 * kMs;
     capture.cameras = {{0, 3}};
     capture.algorithms = {{"mfnr", "fusion"}};
-    capture.stages = {{{0, "1request_to_zuhal", -1}, {1, "2request_to_vendor", 5}}};
+    capture.stages = {{{0, "1request_to_zuhal", -1},
+                       {1, "2request_to_vendor", 5},
+                       {2, "3result_from_vendor", -1}}};
     capture.results = {{{40, "error_none", {0, 5}}, {41, "", {}}}};
     capture.values = {{Value::Group::kFrame, "frameNumber", "900", true},
                       {Value::Group::kRequest, "reqFlag", "true", false},
@@ -248,9 +250,10 @@ Capture completeCapture() {
                      {"byHand", "hand", 0, kBegin + 15 * kMs, {}, true},
                      {"byOther", "other", 0, kBegin + 16 * kMs, {}, true},
                      {"farAway", "far", 0, kBegin + 200'000'000 * kMs, {}, true}};
-    capture.findings = {{FindingKind::kNodeError, "node error", "mfnr", {0, 9}, kBegin + 50 * kMs},
-                        {FindingKind::kLate, "too late", "updateUIInfo", {1, 8}, kBegin + 20 * kMs},
-                        {FindingKind::kCutEvent, "cut", "", {}, {}}};
+    capture.findings = {
+            {FindingKind::kNodeError, "node error", "mfnr", {0, 9}, kBegin + 50 * kMs},
+            {FindingKind::kLate, "too late", "updateUIInfo", {1, 8}, kBegin + 20 * kMs, 3},
+            {FindingKind::kCutEvent, "cut", "", {}, {}}};
     return capture;
 }
 
@@ -332,7 +335,8 @@ Session madeSession(bool isHostile) {
         session.switches["collection"] = "on";
         session.notes = {"the log's end is missing"};
         session.findings = {
-                {FindingKind::kUnknownName, "no capture \"X\"", "updateUIInfo", {1, 4}, {}}};
+                {FindingKind::kUnknownName, "no capture \"X\"", "updateUIInfo", {1, 4}, {}, 7},
+                {FindingKind::kVendorError, "vendor error", "", {2, 6}, {}}};
         return session;
     }
     for (const char* name : kHostileNames) {

@@ -1,5 +1,5 @@
-// Writes views of made captures: MakeViews ordinary|hostile|complete NUMBER TRACE PAGE; "" leaves
-// one out.
+// Writes views of made captures: MakeViews ordinary|real|hostile|complete NUMBER TRACE PAGE; ""
+// leaves one out. Those of "real" are ordinary ones, with times of the real clock.
 
 #include <cstdint>
 #include <cstdlib>
@@ -25,7 +25,8 @@ view::Capture make(const std::string& kind, uint64_t number) {
 
 int main(int argc, char** argv) try {
     if (argc != 5) {
-        std::cerr << "usage: infosync-make-views ordinary|hostile|complete NUMBER TRACE PAGE\n";
+        std::cerr
+                << "usage: infosync-make-views ordinary|real|hostile|complete NUMBER TRACE PAGE\n";
         return 2;
     }
     const bool isHostile = std::string(argv[1]) == "hostile";
@@ -33,7 +34,8 @@ int main(int argc, char** argv) try {
     view::ViewOptions options;
     options.trace = argv[3];
     options.html = argv[4];
-    const view::Session session = view::madeSession(isHostile);
+    view::Session session = view::madeSession(isHostile);
+    session.clock = std::string(argv[1]) == "real" ? view::Clock::kReal : session.clock;
     view::Views views(options, nullptr);
     // The second comes first: the order is that of their ends.
     for (uint64_t i = 1; i <= number; ++i) {

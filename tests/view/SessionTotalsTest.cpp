@@ -61,6 +61,9 @@ TEST(SessionTotals, CountCallsWithoutEffect) {
     session.findings[0].calls = 7;
     EXPECT_EQ("1 capture, 0 failed, 8 calls without effect", totals.line(session));
     EXPECT_NE(std::string::npos, totals.text(session).find("  records left     0\n"));
+    session.findings[1].kind = FindingKind::kVendorError;
+    EXPECT_EQ("1 capture, 0 failed, 8 calls without effect, 1 failure of no known capture",
+              totals.line(session));
 }
 
 }  // namespace

@@ -54,14 +54,14 @@ class Pages(PageCase):
 
     def test_all_of_a_capture(self):
         self.open(make("complete", 2))
-        self.assertRegex(self.text("totals"), r"^2 captures · 1 failed · 2 calls without effect · "
-                         r"from 2026-05-28T20:26:45\.000Z$")
+        self.assertRegex(self.text("totals"), r"^2 captures · 1 failed · 10 calls without effect · "
+                         r"1 failure of no known capture · from 2026-05-28T20:26:45\.000Z$")
         session = self.find("#session div").text
         for text in ("made.jsonl, folder/second.jsonl, third.jsonl", "12 calls", "collection: on",
                      'no capture "X"', "second.jsonl:4", "the log's end is missing"):
             self.assertIn(text, session)
         self.assertEqual(self.rows("Captures"), [
-            ["3", "IMG</script>", "failed", "0, 3", "7", "100.007", "2", "mfnr", "30.5", "1", "1"],
+            ["3", "IMG</script>", "failed", "0, 3", "7", "100.007", "2", "mfnr", "30.5", "1", "3"],
             ["4", "nodes only", "", "not known", "not known", "not known", "2", "mfnr", "30.5",
              "0", "0"]])
         self.assertEqual(self.spans("#overview"), ["IMG</script>: at 0 ms, 110 ms, failed",
@@ -72,7 +72,7 @@ class Pages(PageCase):
         self.assertEqual(facts, [
             ["Process", "hal"], ["Number", "3"], ["Cameras", "0, 3"],
             ["Algorithms", "mfnr, fusion"], ["Registered", "at 0 ms"],
-            ["Flushed", "at 100.007 ms"], ["Removed", "no"], ["To the flush", "100.007 ms"]])
+            ["Flushed", "at 100.007 ms"], ["Removed", "not in the log"], ["To the flush", "100.007 ms"]])
         self.assertEqual(self.find("#list tr.chosen button").text, "IMG</script>")
         self.assertEqual(self.find("#capture .findings").text.split("\n"), [
             "node error mfnr · made.jsonl:9", "too late updateUIInfo · second.jsonl:8", "cut"])
@@ -81,8 +81,9 @@ class Pages(PageCase):
             ["fusion", "5050", "-1 (timed out)", "inf", "not known", "not known", "no",
              "made.jsonl:7"]])
         self.assertEqual(self.find("#capture td.failed").text, "-1 (timed out)")
-        self.assertEqual(self.rows("Stages"), [["0", "1request_to_zuhal", "not known"],
-                                               ["1", "2request_to_vendor", "5"]])
+        self.assertEqual(self.rows("Stages"), [["0", "1request_to_zuhal", ""],
+                                               ["1", "2request_to_vendor", "5"],
+                                               ["2", "3result_from_vendor", "-1"]])
         self.assertEqual(self.rows("Values"), [
             ["frame", "frameNumber", "900"], ["request", "reqFlag", "true"],
             ["user interface", "camMode", "7"], ["3A", "iso", "125"]])
@@ -109,6 +110,10 @@ class Pages(PageCase):
         colours = self.colours("#capture")
         for name, colour in COLOURS.items():
             self.assertIn(colour, colours, name)
+
+    def test_times_of_the_real_clock(self):
+        self.open(make("real", 2))
+        self.assertRegex(self.text("totals"), " · from 1970-01-02T09:27:35.035Z$")
 
     # Pages of logs that mean harm.
     def check_harmless(self):

@@ -154,7 +154,7 @@ class Trace(unittest.TestCase):
                     self.assertEqual(run.returncode, 2, run.stderr)
                     self.assertIn(complaint, run.stderr)
             run = subprocess.run([*REPLAY, log, "--quiet", "--trace", f"{folder}/same", "--html",
-                                  f"{folder}/same"], text=True, stderr=subprocess.PIPE, check=False)
+                                  f"{folder}/./same"], text=True, stderr=subprocess.PIPE, check=False)
             self.assertEqual(run.returncode, 2)
             self.assertIn("cannot be both the trace and the page", run.stderr)
             self.assertEqual(os.listdir(folder), ["log.jsonl"])

@@ -23,7 +23,16 @@ using view::FindingKind;
 
 // Whether the thread's last message was of that kind, on the same image.
 bool isAfter(const Thread& thread, Message::Kind kind, const Entry& entry) {
-    return thread.last && thread.last->kind == kind && thread.last->name == entry.message.name;
+    const Message* last = thread.lastOn(entry.message.name);
+    return last != nullptr && last->kind == kind;
+}
+
+// Whether the message has the engine's tag. Where there are no tags it is known by this alone.
+bool isOfEngine(Message::Kind kind) {
+    using Kind = Message::Kind;
+    return kind == Kind::kSubmit || kind == Kind::kStart || kind == Kind::kCompletion ||
+           kind == Kind::kAlreadyRegistered || kind == Kind::kUnknownRemoval ||
+           kind == Kind::kServiceFound || kind == Kind::kPileUp;
 }
 
 using Stages = std::vector<view::Stage>;
@@ -37,12 +46,8 @@ uint32_t stageNumber(std::string_view name) {
     return number >= 1 && number <= kStages ? number : UINT32_MAX;
 }
 
-bool isFlushMissing(const view::Capture& capture) {
-    return capture.isRegistered && !capture.isFlushed && capture.reports.empty();
-}
-
-void addAtEnd(OpenCapture& open, FindingKind kind, const char* text) {
-    open.findings.add({kind, text, {}, open.firstPlace, {}}, {});
+bool isReportMissing(const view::Capture& capture) {
+    return capture.isRegistered && !capture.isFlushed;
 }
 
 }  // namespace
@@ -76,6 +81,7 @@ void CaptureBuilder::find(OpenCapture* open, const Entry& entry, FindingKind kin
     view::Finding finding{kind, operation.empty() ? text : operation + ": " + text, operation,
                           entry.place, entry.at};
     if (open != nullptr) {
+        open->lacksLines = open->lacksLines || kind == FindingKind::kGap;
         open->findings.add(std::move(finding), operation);
         return;
     }
@@ -103,20 +109,26 @@ void CaptureBuilder::findUnknown(const Process& process, const Entry& entry,
     }
 }
 
-void CaptureBuilder::complete(Process& process, const std::string& name) {
+// Of other threads: their reports have no line that ends them.
+void CaptureBuilder::endTellingsOf(Process& process, const std::string& name) {
     for (auto& [tid, thread] : process.threads) {
         if (thread.telling && thread.telling->pipelineName == name) {
             endTelling(process, thread);
         }
     }
+}
+
+void CaptureBuilder::complete(Process& process, const std::string& name) {
+    endTellingsOf(process, name);
     const auto position = process.captures.find(name);
     OpenCapture completed = std::move(position->second);
     process.captures.erase(position);
     view::Capture& capture = completed.capture;
+    const bool mayCome = completed.lacksLines || !capture.isRemoved;
     for (const view::Node& node : capture.nodes) {
         if (!node.isListed && node.start && !node.completion) {
             completed.findings.add(
-                    {FindingKind::kNoCompletion,
+                    {mayCome ? FindingKind::kGap : FindingKind::kNoCompletion,
                      "node " + node.name + " has started, and its completion is not in the log",
                      node.name,
                      node.place,
@@ -136,16 +148,20 @@ void CaptureBuilder::add(const Entry& entry) {
     Process& process = mProcesses[entry.pid];
     process.pid = entry.pid;
     Thread& thread = process.threads[entry.tid];
+    thread.isKnown = entry.tid != 0;
     const Kind kind = entry.message.kind;
+    mHasEngineTag = mHasEngineTag || isOfEngine(kind);
     if (kind == Kind::kStart || kind == Kind::kCompletion || kind == Kind::kSubmit) {
         addEvent(process, entry);
     } else if (kind == Kind::kFlushDone) {
         addFlush(process, entry);
     } else {
-        endTelling(process, thread);
+        if (thread.isKnown) {  // otherwise the line may be another thread's
+            endTelling(process, thread);
+        }
         addOther(process, entry);
     }
-    thread.last = entry.message;
+    thread.setLast(entry.message);
 }
 
 void CaptureBuilder::addOther(Process& process, const Entry& entry) {
@@ -182,6 +198,10 @@ void CaptureBuilder::addRegistration(Process& process, const Entry& entry) {
     OpenCapture* known = process.find(entry.message);
     if (isAfter(process.threads[entry.tid], Kind::kAlreadyRegistered, entry)) {
         addCall(recordOf(process, entry), entry, false);
+    } else if (known != nullptr && known->capture.isRegistered && !mHasEngineTag) {
+        addCall(*known, entry);
+        find(known, entry, FindingKind::kGap,
+             "registered again: it was already, or the line of its removal is not in the log");
     } else {
         if (known != nullptr && known->capture.isRegistered) {
             find(known, entry, FindingKind::kGap,
@@ -200,11 +220,14 @@ void CaptureBuilder::addRegistration(Process& process, const Entry& entry) {
 void CaptureBuilder::addRemoval(Process& process, const Entry& entry) {
     if (!isAfter(process.threads[entry.tid], Kind::kUnknownRemoval, entry)) {
         OpenCapture& removed = recordOf(process, entry);
+        endTellingsOf(process, removed.capture.name);
         addCall(removed, entry);
         removed.capture.removed = entry.at;
         removed.capture.isRemoved = true;
-        if (isFlushMissing(removed.capture)) {
-            find(&removed, entry, FindingKind::kNeverFlushed, "registered and never flushed");
+        if (isReportMissing(removed.capture)) {
+            find(&removed, entry,
+                 removed.lacksLines ? FindingKind::kGap : FindingKind::kNeverFlushed,
+                 "registered and unregistered without a report in the log");
         }
         process.setRemoved(removed.capture.name, entry.place.line);
         complete(process, std::string(removed.capture.name));
@@ -218,7 +241,8 @@ void CaptureBuilder::addUpdate(Process& process, const Entry& entry) {
     }
     const uint64_t queueSize = entry.message.queueSize.value_or(UINT64_MAX);
     OpenCapture* known = process.find(entry.message);
-    if (queueSize == 0 || (known == nullptr && queueSize <= process.captures.size())) {
+    const bool isOfKnown = process.knowsAll() && queueSize == process.captures.size();
+    if (queueSize == 0 || (known == nullptr && isOfKnown)) {
         return addUnknownName(process, entry);
     }
     OpenCapture& updated = recordOf(process, entry);
@@ -249,7 +273,7 @@ void CaptureBuilder::addStage(Process& process, const Entry& entry) {
     OpenCapture& staged = recordOf(process, entry);
     const uint32_t number = stageNumber(entry.message.text);
     const bool isFirst = !isAfter(thread, Kind::kTimeMap, entry);
-    if (isFirst || stageNumber(thread.last.value_or(Message{}).text) >= number) {
+    if (isFirst || stageNumber(thread.lastOn(entry.message.name)->text) >= number) {
         addCall(staged, entry);
     }
     if (number > kStages) {
@@ -272,7 +296,11 @@ void CaptureBuilder::addGap(int32_t pid, const std::string& text, view::Time at,
     }
     const view::Finding gap{FindingKind::kGap, text, {}, place, at};
     for (auto& [name, open] : process->second.captures) {
+        open.lacksLines = true;
         open.findings.add(gap, {});
+    }
+    for (auto& [tid, thread] : process->second.threads) {
+        thread.begunFlushes = 0;
     }
     if (process->second.captures.empty()) {
         mFindings.add(gap, {});
@@ -287,16 +315,16 @@ void CaptureBuilder::finish() {
         }
         for (auto& [name, open] : process.captures) {
             left[open.capture.number] = {&process, name};
-            if (isFlushMissing(open.capture)) {
-                addAtEnd(open, FindingKind::kNeverFlushed,
-                         "registered and not flushed by the end of the log");
-            }
-            addAtEnd(open, FindingKind::kNeverRemoved, "not unregistered by the end of the log");
+            const char* text = isReportMissing(open.capture)
+                                       ? "neither reported nor unregistered by the end of the log"
+                                       : "not unregistered by the end of the log";
+            open.findings.add({FindingKind::kNeverRemoved, text, {}, open.firstPlace, {}}, {});
         }
     }
     for (const auto& [number, capture] : left) {
         complete(*capture.first, capture.second);
     }
+    finishSwitches();
     mSession.findings = mFindings.take();
     mSession.flushes = mFlushes;
     mSession.reports = mReports;

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <string>
 
 #include "Capture.h"
@@ -26,11 +25,18 @@ class CaptureBuilder {
     void add(const Entry& entry);
     // The logger has dropped lines of a process.
     void addGap(int32_t pid, const std::string& text, view::Time at, view::Place place);
+    // There are lines of the engine's tag, without which there are no reports.
+    void setHasEngineTag() { mHasEngineTag = true; }
     // Hands over the captures that were not removed; the session is the caller's to finish.
     void finish();
 
   private:
     using Kind = Message::Kind;
+    struct SwitchedOff {
+        Entry first;         // the line that tells so
+        std::string answer;  // the service's, there
+        uint64_t calls;
+    };
 
     OpenCapture& open(Process& process, const Entry& entry);
     OpenCapture& recordOf(Process& process, const Entry& entry);
@@ -44,14 +50,19 @@ class CaptureBuilder {
     void addSwitch(Process& process, const Entry& entry);
     void addFlush(Process& process, const Entry& entry);
     void addEmptyFlush(Process& process, const Entry& entry, bool isWhole);
+    bool isTellingOf(const Thread& thread, const Entry& entry) const;
     void addEvent(Process& process, const Entry& entry);
     void addWarning(Process& process, const Entry& entry);
     void addUnknownName(Process& process, const Entry& entry);
     void addCode(const Entry& entry);
     void addVendorError(Process& process, const Entry& entry);
     void addConstruction(Process& process, const Entry& entry);
+    bool lacksService(const Process& process) const;
+    std::string answerText(const SwitchedOff& off) const;
+    void finishSwitches();
 
     void endTelling(Process& process, Thread& thread);
+    void endTellingsOf(Process& process, const std::string& name);
     void attach(Process& process, Telling& telling, OpenCapture& open);
     void find(OpenCapture* open, const Entry& entry, view::FindingKind kind,
               const std::string& text);
@@ -68,7 +79,8 @@ class CaptureBuilder {
     uint64_t mReports = 0;
     uint64_t mPileUps = 0;
     view::Place mFirstPileUp;
-    std::set<std::string> mSwitchesOff;  // that have been told of
+    std::map<bool, SwitchedOff> mSwitchedOff;  // by whether the switch is the service's answer
+    bool mHasEngineTag = false;
 };
 
 }  // namespace logcat

@@ -92,12 +92,6 @@ bool readBrief(Cursor cursor, LogLine& line) {
     return isRead;
 }
 
-// The text without the code that ends a colour, if it has one.
-std::string_view withoutColourEnd(std::string_view text) {
-    const size_t length = text.size() - std::min(text.size(), kColourEnd.size());
-    return text.substr(length) == kColourEnd ? text.substr(0, length) : text;
-}
-
 // "P(PID) MESSAGE  (TAG)".
 bool readProcess(Cursor cursor, LogLine& line) {
     if (!takePriority(cursor) || !cursor.take("(") || !takeIds(cursor, ") ", false, line)) {
@@ -186,6 +180,11 @@ std::string_view withoutColour(std::string_view text) {
 }
 
 }  // namespace
+
+std::string_view withoutColourEnd(std::string_view text) {
+    const size_t length = text.size() - std::min(text.size(), kColourEnd.size());
+    return text.substr(length) == kColourEnd ? text.substr(0, length) : text;
+}
 
 bool readLogLine(std::string_view text, LogLine& line) {
     text = withoutColour(text);

@@ -31,6 +31,9 @@ struct LogLine {
 // or has another tag.
 bool readLogLine(std::string_view text, LogLine& line);
 
+// The text without the code that ends a colour, if it has one.
+std::string_view withoutColourEnd(std::string_view text);
+
 // Whether a line of any tag looks like one of logcat.
 bool looksLikeLogcat(std::string_view text);
 

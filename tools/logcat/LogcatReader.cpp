@@ -1,5 +1,6 @@
 #include "LogcatReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -28,6 +29,7 @@ constexpr std::string_view kNeedles[] = {
 
 constexpr uint64_t kLookedAt = 1000;  // lines, to see whether they are of logcat
 constexpr size_t kLongestEntry = size_t{1} << 14;
+constexpr int64_t kMostRepeats = 1000;
 
 bool looksLikeCaptureLog(std::string_view text) {
     return text.substr(0, 1) == "{" &&
@@ -35,16 +37,23 @@ bool looksLikeCaptureLog(std::string_view text) {
             text.find("\"camInfosync capture log\"") != std::string_view::npos);
 }
 
-// Of the format long, up to the empty line that ends it.
-std::string readLongMessage(LineScanner& scanner, uint64_t& number) {
+// Of the format long, up to the empty line that ends it, whose number `number` is then.
+std::string readLongMessage(LineScanner& scanner, uint64_t& number, bool endsInCr) {
     std::string message;
     Line line{};
-    while (message.size() < kLongestEntry && scanner.next(line) && !line.text.empty()) {
-        message += message.empty() ? "" : "\n";
-        message += line.text.substr(0, kLongestEntry);
+    while (message.size() < kLongestEntry && scanner.next(line)) {
         number = line.number;
+        std::string_view text = line.text;
+        if (endsInCr && !text.empty() && text.back() == '\r') {
+            text.remove_suffix(1);
+        }
+        if (text.empty()) {
+            break;
+        }
+        message += message.empty() ? "" : "\n";
+        message += text.substr(0, kLongestEntry);
     }
-    return message;
+    return std::string(withoutColourEnd(message));
 }
 
 }  // namespace
@@ -77,18 +86,13 @@ void LogcatReader::read(Input& input, const std::string& source) {
 
 void LogcatReader::readLine(const Line& line, LineScanner& scanner) {
     std::string_view text = line.text;
-    if (!text.empty() && text.back() == '\r') {
-        text.remove_suffix(1);
-    }
+    const bool endsInCr = !text.empty() && text.back() == '\r';
+    text.remove_suffix(endsInCr ? 1 : 0);
     LogLine read;
     if (readTitle(text)) {
         addPending();
     } else if (readLogLine(text, read)) {
-        if (read.tag == kChattyTag) {
-            readChatty(read, line.number);
-        } else {
-            readEntry(read, line.number, scanner);
-        }
+        readEntry(read, line.number, endsInCr, scanner);
     }
 }
 
@@ -110,7 +114,8 @@ bool LogcatReader::readTitle(std::string_view text) {
     return cursor.take("--------- ");
 }
 
-void LogcatReader::readEntry(const LogLine& line, uint64_t number, LineScanner& scanner) {
+void LogcatReader::readEntry(const LogLine& line, uint64_t number, bool endsInCr,
+                             LineScanner& scanner) {
     // The line's texts last until the scanner goes on.
     Pending entry{line.time,
                   line.pid.value_or(0),
@@ -121,12 +126,17 @@ void LogcatReader::readEntry(const LogLine& line, uint64_t number, LineScanner& 
                   number,
                   number};
     if (line.isLong) {
-        entry.message = readLongMessage(scanner, entry.lastLine);
+        entry.message = readLongMessage(scanner, entry.lastLine, endsInCr);
     }
     if (mIsPrintable) {
         entry.message = fromPrintable(entry.message);
     }
-    if (entry.tag == kOverlapTag || hasOrigin(entry.tag, entry.message)) {
+    if (entry.tag == kEngineTag) {
+        mBuilder.setHasEngineTag();
+    }
+    if (entry.tag == kChattyTag) {
+        readChatty(entry);
+    } else if (entry.tag == kOverlapTag || hasOrigin(entry.tag, entry.message)) {
         addPending();
         mPending = std::move(entry);
     } else if (mPending && !line.isLong && goesOn(*mPending, entry)) {
@@ -149,16 +159,36 @@ bool LogcatReader::goesOn(const Pending& before, const Pending& entry) {
     return message && message->isCut;
 }
 
-// "uid=1000(system) Binder:1_2 expire 12 lines"; of identical lines one is left.
-void LogcatReader::readChatty(const LogLine& line, uint64_t number) {
+// "uid=1000(system) Binder:1_2 expire 12 lines", or "identical" ones: those stood between the line
+// before, if it is the same thread's, and one like it.
+void LogcatReader::readChatty(const Pending& chatty) {
+    constexpr std::string_view kIdentical = " identical ";
+    const std::optional<Pending> before = mPending;
     addPending();
-    const size_t expire = line.message.rfind(" expire ");
-    if (expire != std::string_view::npos) {
-        mBuilder.addGap(line.pid.value_or(0),
-                        "the logger has dropped lines of this process: " +
-                                std::string(line.message.substr(expire + 1)),
-                        timeOf(line.time), placeOf(number));
+    const size_t expire = chatty.message.rfind(" expire ");
+    const size_t identical = chatty.message.rfind(kIdentical);
+    int64_t lines = 0;
+    if (expire != std::string::npos) {
+        addGap(chatty, chatty.message.substr(expire + 1));
+    } else if (identical != std::string::npos && before && before->pid == chatty.pid &&
+               before->tid == chatty.tid && before->lastLine + 1 == chatty.firstLine) {
+        Cursor(std::string_view(chatty.message).substr(identical + kIdentical.size()))
+                .takeNumber(lines);
+        for (int64_t line = 0; line < std::min(lines, kMostRepeats); ++line) {
+            mPending = before;
+            mPending->time = chatty.time;
+            mPending->firstLine = chatty.firstLine;
+            addPending();
+        }
     }
+    if (lines > kMostRepeats) {
+        addGap(chatty, chatty.message.substr(identical + 1));
+    }
+}
+
+void LogcatReader::addGap(const Pending& chatty, const std::string& lines) {
+    mBuilder.addGap(chatty.pid, "the logger has dropped lines of this process: " + lines,
+                    timeOf(chatty.time), placeOf(chatty.firstLine));
 }
 
 void LogcatReader::addPending() {

@@ -63,9 +63,10 @@ class LogcatReader {
 
     void readLine(const Line& line, LineScanner& scanner);
     bool readTitle(std::string_view text);
-    void readEntry(const LogLine& line, uint64_t number, LineScanner& scanner);
+    void readEntry(const LogLine& line, uint64_t number, bool endsInCr, LineScanner& scanner);
     static bool goesOn(const Pending& before, const Pending& entry);
-    void readChatty(const LogLine& line, uint64_t number);
+    void readChatty(const Pending& chatty);
+    void addGap(const Pending& chatty, const std::string& lines);
     void addPending();
     view::Time timeOf(const std::optional<LogTime>& time);
     view::Place placeOf(uint64_t line) const;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -34,12 +35,13 @@ struct OpenCapture {
     bool hasFrame = false;      // its frame's name is known
     bool isNameCut = false;     // the log has the beginning of its name only
     bool lacksService = false;  // that has been said
+    bool lacksLines = false;    // some of them are known to be missing from the log
 };
 
 // A report that is being told, line by line, by one thread.
 struct Telling {
-    bool isFlush = false;  // the flush's own line has come
     bool hasReport = false;
+    bool isNamed = false;  // by the report's first event, so that the name is certain
     std::optional<std::string> pipelineName;
     std::string timestamp;
     view::Report report;
@@ -48,21 +50,34 @@ struct Telling {
     std::vector<view::Finding> findings;
 };
 
+// In formats without threads, all of a process are one.
 struct Thread {
-    std::optional<Message> last;
+    bool isKnown = false;      // which one it is
+    std::deque<Message> last;  // messages: one, or a few if the lines of threads are mixed
     std::optional<Telling> telling;
+    uint64_t begunFlushes = 0;    // whose own line has come, and not their last
     bool isConstructing = false;  // a manager
+
+    void setLast(const Message& message);
+    // The last message if it is about that image; in a mix of threads, the last about it.
+    const Message* lastOn(const std::string& name) const;
 };
 
 class Process {
   public:
-    enum class Service { kNotKnown, kThere, kNone };
+    enum class Service {
+        kNotKnown,
+        kThere,
+        kNotFound,  // when a manager was built, as far as the lines of the engine's tag are there
+        kNone,
+    };
 
     int32_t pid = 0;
     std::map<int32_t, Thread> threads;
     std::map<std::string, OpenCapture> captures;
     bool hasCutNames = false;  // among those of the captures, or had
     Service service = Service::kNotKnown;
+    std::map<std::string, std::string> switches;  // as in the session
 
     // The capture that a message names, or null. A name whose end is missing is taken for the
     // first that begins so.

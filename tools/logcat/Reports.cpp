@@ -37,6 +37,7 @@ void addSubmit(Telling& telling, const Entry& entry) {
         addFinding(telling, entry, FindingKind::kCutEvent, kCut, {});
         return;
     }
+    telling.isNamed = true;
     telling.pipelineName = std::move(event.pipelineName);
     telling.timestamp = std::move(event.timestamp);
 }
@@ -129,32 +130,48 @@ void CaptureBuilder::addEvent(Process& process, const Entry& entry) {
 
 void CaptureBuilder::addFlush(Process& process, const Entry& entry) {
     Thread& thread = process.threads[entry.tid];
-    Telling telling = std::exchange(thread.telling, std::nullopt).value_or(Telling{});
+    const bool isWhole = thread.begunFlushes != 0;
+    thread.begunFlushes -= isWhole ? 1 : 0;
     ++mFlushes;
-    if (!telling.hasReport) {
-        addEmptyFlush(process, entry, telling.isFlush);
+    if (!isTellingOf(thread, entry)) {
+        endTelling(process, thread);
+        addEmptyFlush(process, entry, isWhole);
         return;
     }
+    Telling telling = *std::exchange(thread.telling, std::nullopt);
     OpenCapture& flushed = recordOf(process, entry);
     attach(process, telling, flushed);
-    if (!flushed.capture.isFlushed) {
-        flushed.capture.isFlushed = true;
-        flushed.capture.flushed = entry.at;
-    }
     addCall(flushed, entry);
 }
 
+// Whether the thread tells a report that the flush may have asked for. Without its frame's name a
+// record is reported under an empty one.
+bool CaptureBuilder::isTellingOf(const Thread& thread, const Entry& entry) const {
+    if (!thread.telling || !thread.telling->hasReport) {
+        return false;
+    }
+    const std::string name = thread.telling->pipelineName.value_or(std::string());
+    return !thread.telling->isNamed || name.empty() || name == entry.message.name ||
+           entry.message.isNameCut;
+}
+
 // Nothing was reported. With the flush's first line in the log, the last one directly after it is
-// enough to say so.
+// enough to say so, if the log has reports at all.
 void CaptureBuilder::addEmptyFlush(Process& process, const Entry& entry, bool isWhole) {
     OpenCapture* known = process.find(entry.message);
+    const bool isCertain = isWhole && mHasEngineTag;
+    const char* lack =
+            isWhole ? "reported nothing, unless lines of the tag ZuAlgoEngine are missing"
+                    : "the report of a flush is missing from the log";
     if (known != nullptr) {
-        addCall(*known, entry, !isWhole);
-        find(known, entry, isWhole ? FindingKind::kNoReportType : FindingKind::kGap,
-             isWhole ? "reported nothing; type 0 does"
-                     : "the report of a flush is missing from the log");
+        addCall(*known, entry, !isCertain);
+        find(known, entry, isCertain ? FindingKind::kNoReportType : FindingKind::kGap,
+             isCertain ? "reported nothing; type 0 does" : lack);
+    } else if (isCertain) {
+        findUnknown(process, entry,
+                    "reported nothing: its type does not, or there is no record of that name");
     } else {
-        findUnknown(process, entry, "reported nothing: there is no record of that name");
+        findOfSession(entry, FindingKind::kGap, lack);
     }
 }
 
@@ -162,6 +179,8 @@ void CaptureBuilder::addEmptyFlush(Process& process, const Entry& entry, bool is
 // is missing.
 void CaptureBuilder::endTelling(Process& process, Thread& thread) {
     std::optional<Telling> told = std::exchange(thread.telling, std::nullopt);
+    // Where the threads are not known, another one's flush may have begun.
+    const bool isFlush = thread.isKnown && std::exchange(thread.begunFlushes, 0) != 0;
     if (!told || !told->hasReport) {
         return;
     }
@@ -176,15 +195,18 @@ void CaptureBuilder::endTelling(Process& process, Thread& thread) {
     entry.pid = process.pid;
     OpenCapture& reported = recordOf(process, entry);
     attach(process, *told, reported);
-    if (told->isFlush) {
+    if (isFlush) {
         find(&reported, entry, FindingKind::kGap, "the end of a flush is missing from the log");
-        reported.capture.isFlushed = true;
     }
 }
 
 void CaptureBuilder::attach(Process& process, Telling& telling, OpenCapture& open) {
     view::Capture& capture = open.capture;
     ++mReports;
+    if (!capture.isFlushed) {
+        capture.isFlushed = true;
+        capture.flushed = telling.report.at;
+    }
     for (view::Node& node : telling.nodes) {
         setNode(capture, std::move(node));
     }
@@ -195,9 +217,10 @@ void CaptureBuilder::attach(Process& process, Telling& telling, OpenCapture& ope
         setValue(capture, "camIds[0]", telling.camera, true);
     }
     for (view::Finding& finding : telling.findings) {
+        open.lacksLines = open.lacksLines || finding.kind == FindingKind::kGap;
         open.findings.add(std::move(finding), {});
     }
-    if (process.service == Process::Service::kNone && !std::exchange(open.lacksService, true)) {
+    if (lacksService(process) && !std::exchange(open.lacksService, true)) {
         open.findings.add({FindingKind::kNoService,
                            "reported to nobody: there is no service",
                            {},

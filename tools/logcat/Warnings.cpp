@@ -1,5 +1,6 @@
 // What the builder makes of the library's warnings, of its switch and of its construction.
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,15 @@ constexpr char kCommand[] = "snapshotInfoCollectEnable";
 
 std::string quoted(std::string_view text) {
     return '"' + std::string(text) + '"';
+}
+
+std::string stateOf(bool isSupported, bool isEnabled, const std::string& answer) {
+    const std::string service =
+            answer.empty() ? "no service answers" : "the service answers " + quoted(answer);
+    return !isSupported          ? std::string("off: not supported")
+           : !isEnabled          ? "off: " + service
+           : answer == "enabled" ? "on: " + service
+                                 : std::string("on: forced by ") + kForced;
 }
 
 }  // namespace
@@ -88,27 +98,62 @@ void CaptureBuilder::addSwitch(Process& process, const Entry& entry) {
     const bool isEnabled = !cursor.take("0");
     cursor.takeUpTo("cmdVal: ", ignored);
     const std::string answer(cursor.rest());
-    mSession.switches[kSupported] = isSupported ? "true" : "false";
-    mSession.switches["collection"] = !isSupported ? std::string("off: not supported")
-                                      : !isEnabled ? "off: the service answers " + quoted(answer)
-                                      : answer == "enabled"
-                                              ? "on: the service answers " + quoted(answer)
-                                              : std::string("on: forced by ") + kForced;
-    Thread& thread = process.threads[entry.tid];
+    process.switches[kSupported] = isSupported ? "true" : "false";
+    process.switches["collection"] = stateOf(isSupported, isEnabled, answer);
     if (isSupported && isEnabled) {
-        thread.telling.emplace().isFlush = true;
+        ++process.threads[entry.tid].begunFlushes;
         return;
     }
-    const std::string kind = isSupported ? kCommand : kSupported;
-    if (!mSwitchesOff.insert(kind).second) {
-        ++mSession.calls;
-        return;
+    ++mFlushes;
+    ++mSession.calls;
+    ++mSwitchedOff.try_emplace(isSupported, SwitchedOff{entry, answer, 0}).first->second.calls;
+}
+
+// An empty answer is also what is logged without a service.
+std::string CaptureBuilder::answerText(const SwitchedOff& off) const {
+    const Process& process = mProcesses.at(off.first.pid);
+    const std::string answer = "answers " + quoted(off.answer) + " to " + kCommand;
+    const bool isAnswered = process.service == Process::Service::kThere || !off.answer.empty();
+    return isAnswered              ? "the service " + answer + ", not \"enabled\""
+           : lacksService(process) ? "there is no service"
+                                   : "there is no service, or it " + answer;
+}
+
+// What has been switched off, and the state of the switches, which may differ between processes.
+// Whether there was a service may be known only now.
+void CaptureBuilder::finishSwitches() {
+    for (const auto& [isAnswer, off] : mSwitchedOff) {
+        const std::string reason =
+                isAnswer ? answerText(off) + ", and " + kForced : std::string(kSupported);
+        mFindings.add({FindingKind::kCollectionOff,
+                       "collection is off: " + reason + " is not true",
+                       {},
+                       off.first.place,
+                       off.first.at,
+                       off.calls},
+                      {});
     }
-    findOfSession(entry, FindingKind::kCollectionOff,
-                  isSupported
-                          ? "collection is off: the service answers " + quoted(answer) + " to " +
-                                    kCommand + ", not \"enabled\", and " + kForced + " is not true"
-                          : std::string("collection is off: ") + kSupported + " is not true");
+    std::map<std::string, std::map<std::string, std::string>> processes;  // by switch and state
+    for (auto& [pid, process] : mProcesses) {
+        if (lacksService(process)) {
+            process.switches["service"] = "none";
+        }
+        for (const auto& [name, state] : process.switches) {
+            std::string& list = processes[name][state];
+            list += (list.empty() ? " (process " : ", ") + std::to_string(pid);
+        }
+    }
+    for (const auto& [name, states] : processes) {
+        std::string& text = mSession.switches[name];
+        for (const auto& [state, list] : states) {
+            text += (text.empty() ? "" : "; ") + state + (states.size() > 1 ? list + ')' : "");
+        }
+    }
+}
+
+bool CaptureBuilder::lacksService(const Process& process) const {
+    return process.service == Process::Service::kNone ||
+           (process.service == Process::Service::kNotFound && mHasEngineTag);
 }
 
 void CaptureBuilder::addConstruction(Process& process, const Entry& entry) {
@@ -120,10 +165,13 @@ void CaptureBuilder::addConstruction(Process& process, const Entry& entry) {
         process.service = Process::Service::kThere;
     } else if (message.kind == Kind::kConstructEnter) {
         thread.isConstructing = true;
-    } else if (process.service != Process::Service::kThere &&
-               (hasFailed || (message.kind == Kind::kConstructExit && thread.isConstructing))) {
+    } else if (process.service == Process::Service::kThere) {
+        return;
+    } else if (hasFailed) {
         process.service = Process::Service::kNone;
-        mSession.switches["service"] = "none";
+    } else if (message.kind == Kind::kConstructExit && thread.isConstructing &&
+               process.service == Process::Service::kNotKnown) {
+        process.service = Process::Service::kNotFound;
     }
 }
 

@@ -92,21 +92,31 @@ std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind)
     }
 }
 
-std::vector<view::Finding> unknownStages(const CaptureStep& step, CallKind kind) {
-    std::vector<view::Finding> findings;
-    if (kind != CallKind::kStages) {
-        return findings;
-    }
+std::optional<view::Finding> unknownStages(const CaptureStep& step, CallKind kind) {
+    constexpr size_t kMostNames = 4;  // in one text
     const std::vector<std::string_view> stages(std::begin(camInfosync::TimeStageToChar),
                                                std::end(camInfosync::TimeStageToChar));
-    for (const std::string& name : step.arguments.names) {
-        if (std::find(stages.begin(), stages.end(), name) == stages.end()) {
-            findings.push_back(callFinding(
-                    step, FindingKind::kUnknownStageName,
-                    shortened(name) + " is no stage's name" + didYouMean(name, stages)));
+    const std::vector<std::string>& names = step.arguments.names;
+    size_t unknown = 0;
+    std::string text;
+    for (const std::string& name : names) {
+        if (kind == CallKind::kStages &&
+            std::find(stages.begin(), stages.end(), name) == stages.end() &&
+            ++unknown <= kMostNames) {
+            text += (unknown == 1 ? "" : "; ") + shortened(name) + " is no stage's name" +
+                    didYouMean(name, stages);
         }
     }
-    return findings;
+    if (unknown == 0) {
+        return std::nullopt;
+    }
+    if (unknown > kMostNames) {
+        text += "; and " + std::to_string(unknown - kMostNames) + " more";
+    }
+    return callFinding(
+            step,
+            unknown == names.size() ? FindingKind::kUnknownStageName : FindingKind::kStageLeftOut,
+            text);
 }
 
 }  // namespace replay

@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "CallKind.h"
 #include "CaptureLog.h"
@@ -18,7 +17,8 @@ view::Finding callFinding(const CaptureStep& step, view::FindingKind kind, const
 // Why the call has no effect whatever the library holds, if so.
 std::optional<view::Finding> uselessCall(const CaptureStep& step, CallKind kind);
 
-// Each name in the call's map of stages that is no stage's.
-std::vector<view::Finding> unknownStages(const CaptureStep& step, CallKind kind);
+// The names in the call's map of stages that are no stage's, if there are any. The call has had an
+// effect all the same if the finding's kind says so.
+std::optional<view::Finding> unknownStages(const CaptureStep& step, CallKind kind);
 
 }  // namespace replay

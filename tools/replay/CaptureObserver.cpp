@@ -1,6 +1,7 @@
 #include "CaptureObserver.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -37,6 +38,7 @@ CaptureObserver::CaptureObserver(view::View& view, view::Session session, const 
       mView(view),
       mSettings(settings),
       mSession(std::move(session)),
+      mFirstNote(mSession.notes.size()),
       mFindings(settings.beginningsAreLost) {}
 
 struct CaptureObserver::Deferred {
@@ -167,7 +169,7 @@ bool CaptureObserver::judgeSwitch(ObservedCall& call) {
         return true;
     }
     const std::string& name = call.step->arguments.image;
-    mFindings.addSwitchedOff(*call.step, *off, call.answer.value_or(""));
+    mFindings.addSwitchedOff(*call.step, *off, call.answer);
     if (TrackedCapture* capture = find(name); capture != nullptr) {
         capture->addCall(*call.step, false);
     } else if (call.kind == CallKind::kRegister) {
@@ -230,10 +232,14 @@ void CaptureObserver::judgeFlush(ObservedCall& call) {
         addMissing(call);
         return;
     }
-    capture->noteFlushWithoutReport(*call.step);
+    capture->noteFlushWithoutReport(*call.step, hasService());
+    addMissingService(*capture, call);
+}
+
+void CaptureObserver::addMissingService(TrackedCapture& capture, const ObservedCall& call) {
     if (!hasService()) {
-        capture->addFinding(callFinding(*call.step, FindingKind::kNoService,
-                                        "there is no service to report to"));
+        capture.addFinding(callFinding(*call.step, FindingKind::kNoService,
+                                       "there is no service to report to"));
     }
 }
 
@@ -254,6 +260,10 @@ void CaptureObserver::judgeRequest(ObservedCall& call) {
         mRegistered += 1;
         own.noteGiven(*call.step);
         capture = &own;
+    }
+    if (call.requested.empty()) {
+        capture->addCall(*call.step, hasService());
+        addMissingService(*capture, call);
     }
     for (view::Report& report : call.requested) {
         capture->noteReport({callOf(*call.step), std::move(report), {}}, false);
@@ -283,11 +293,10 @@ void CaptureObserver::judgeUpdate(ObservedCall& call) {
         return;
     }
     TrackedCapture& capture = track(call.before.name, call.before.record);
-    std::vector<view::Finding> findings = unknownStages(*call.step, call.kind);
-    capture.addCall(*call.step,
-                    findings.empty() || findings.size() < call.step->arguments.names.size());
-    for (view::Finding& finding : findings) {
-        capture.addFinding(std::move(finding));
+    std::optional<view::Finding> unknown = unknownStages(*call.step, call.kind);
+    capture.addCall(*call.step, !unknown || !view::meansNoEffect(unknown->kind));
+    if (unknown) {
+        capture.addFinding(*std::move(unknown));
     }
     capture.noteUpdate(*call.step, call.kind, call.before.errors);
 }
@@ -356,7 +365,7 @@ void CaptureObserver::handOn(TrackedCapture& capture, bool isOver) {
     }
 }
 
-void CaptureObserver::finish(const Counts& counts) {
+std::vector<std::string> CaptureObserver::finish(const Counts& counts) {
     const std::lock_guard<std::mutex> lock(mMutex);
     judgeDeferred();
     std::vector<std::unique_ptr<TrackedCapture>> left;
@@ -379,6 +388,7 @@ void CaptureObserver::finish(const Counts& counts) {
         std::rethrow_exception(mViewThrew);
     }
     mView.finish(mSession);
+    return {mSession.notes.begin() + static_cast<std::ptrdiff_t>(mFirstNote), mSession.notes.end()};
 }
 
 }  // namespace replay

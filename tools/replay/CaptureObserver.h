@@ -65,8 +65,9 @@ class CaptureObserver {
         uint64_t reports;
         uint64_t serviceCalls;
     };
-    // Hands over what is left, and the session. Throws what a view has thrown.
-    void finish(const Counts& counts);
+    // Hands over what is left, and the session; returns the notes that the session had not before.
+    // Throws what a view has thrown.
+    std::vector<std::string> finish(const Counts& counts);
 
   private:
     using Record = camInfosync::RequestRecord;
@@ -99,6 +100,7 @@ class CaptureObserver {
     bool judgeSwitch(ObservedCall& call);
     void addUseless(ObservedCall& call, view::Finding finding);
     void addMissing(ObservedCall& call);
+    static void addMissingService(TrackedCapture& capture, const ObservedCall& call);
     void noteDeskTimes(const TrackedCapture& capture);
     void takeReports(TrackedCapture& capture);
     void watchCall(Observation& observed, ServiceCall& call);
@@ -116,6 +118,7 @@ class CaptureObserver {
     // queue's records and their content: who changes these holds both.
     std::mutex mMutex;
     view::Session mSession;
+    const size_t mFirstNote;  // of this observer, in the session
     SessionFindings mFindings;
     std::map<std::string, std::unique_ptr<TrackedCapture>> mCaptures;
     uint64_t mRegistered = 0;

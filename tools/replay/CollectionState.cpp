@@ -1,6 +1,7 @@
 #include "CollectionState.h"
 
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <optional>
@@ -20,6 +21,38 @@ constexpr char kEnabled[] = "enabled";
 
 std::string quoted(const std::string& answer) {
     return '"' + shortened(answer, kLongestAnswer) + '"';
+}
+
+// Compared as the library does: up to a zero byte.
+bool isEnabled(const std::string& answer) {
+    return std::strcmp(answer.c_str(), kEnabled) == 0;
+}
+
+// Whether there would be a service if it were not left out.
+bool isServiceLeftOut() {
+    return std::getenv("INFOSYNC_HOST_NO_SERVICE") != nullptr;
+}
+
+std::string setTrue(const char* property) {
+    return std::string("--property ") + property + "=true";
+}
+
+std::string remedyForNoService() {
+    return (isServiceLeftOut() ? "--service, or " : "") + setTrue(kForcedProperty) +
+           (isServiceLeftOut() ? ", turns it on" : " turns it on");
+}
+
+std::string remedyForNotSupported(const std::optional<std::string>& answer) {
+    const bool isAnsweredNo = answer && !isEnabled(*answer);
+    const std::string more = isForced()                            ? ""
+                             : !hasService() && isServiceLeftOut() ? " and --service"
+                             : !hasService() ? " and " + setTrue(kForcedProperty)
+                             : isAnsweredNo  ? " and --answer enabled"
+                                             : "";
+    const std::string path = hostRoot() + "/build.prop";
+    const bool isThere = std::ifstream(path).is_open();
+    return setTrue(kSupportedProperty) + more + (more.empty() ? " turns it on" : " turn it on") +
+           (isThere ? "" : "; no build.prop found: " + path);
 }
 
 }  // namespace
@@ -46,7 +79,7 @@ std::string collectionState(const CollectionAnswer& answer) {
     if (!hasService()) {
         return "off: there is no service to ask";
     }
-    const std::string state = answer.first == kEnabled ? "on" : "off";
+    const std::string state = isEnabled(answer.first) ? "on" : "off";
     const std::string text = ": the service answers " + quoted(answer.first);
     if (answer.changes == 0) {
         return state + text;
@@ -69,9 +102,8 @@ std::optional<CollectionSwitchOff> switchThatIsOff(const std::optional<std::stri
     if (!hasService()) {
         return CollectionSwitchOff::kNoService;
     }
-    // Compared as the library does: up to a zero byte.
-    const bool isOn = !answer || std::strcmp(answer->c_str(), kEnabled) == 0;
-    return isOn ? std::nullopt : std::optional(CollectionSwitchOff::kAnswer);
+    return !answer || isEnabled(*answer) ? std::nullopt
+                                         : std::optional(CollectionSwitchOff::kAnswer);
 }
 
 std::string reasonOf(CollectionSwitchOff which, const std::string& answer) {
@@ -89,18 +121,12 @@ std::string reasonOf(CollectionSwitchOff which, const std::string& answer) {
     return {};
 }
 
-std::string remedyOf(CollectionSwitchOff which) {
+std::string remedyOf(CollectionSwitchOff which, const std::optional<std::string>& answer) {
     switch (which) {
-        case CollectionSwitchOff::kNotSupported: {
-            const std::string path = hostRoot() + "/build.prop";
-            const std::string absent = std::ifstream(path).is_open()
-                                               ? std::string()
-                                               : "; no build.prop found: " + path;
-            return std::string("--property ") + kSupportedProperty + "=true turns it on" + absent;
-        }
+        case CollectionSwitchOff::kNotSupported:
+            return remedyForNotSupported(answer);
         case CollectionSwitchOff::kNoService:
-            return std::string("--service, or --property ") + kForcedProperty +
-                   "=true, turns it on";
+            return remedyForNoService();
         case CollectionSwitchOff::kAnswer:
             return "--answer enabled turns it on";
         case CollectionSwitchOff::kServiceThrew:

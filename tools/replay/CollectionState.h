@@ -31,7 +31,8 @@ std::optional<CollectionSwitchOff> switchThatIsOff(const std::optional<std::stri
 
 // Why nothing is collected.
 std::string reasonOf(CollectionSwitchOff which, const std::string& answer);
-// What the user can do about it.
-std::string remedyOf(CollectionSwitchOff which);
+// What the user can do about it, also where further switches are off. The service has given
+// `answer`, if any.
+std::string remedyOf(CollectionSwitchOff which, const std::optional<std::string>& answer);
 
 }  // namespace replay

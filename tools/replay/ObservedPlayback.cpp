@@ -4,7 +4,9 @@
 
 #include <cstdio>
 #include <functional>
+#include <iostream>
 #include <string>
+#include <vector>
 
 #include "CaptureLog.h"
 #include "CaptureObserver.h"
@@ -14,6 +16,7 @@
 #include "LogCheck.h"
 #include "LogHeader.h"
 #include "OverlapService.h"
+#include "Printable.h"
 #include "PropertyNames.h"
 #include "ReplayOptions.h"
 #include "ServiceAnswers.h"
@@ -112,9 +115,13 @@ void ObservedPlayback::around(const CaptureStep& step, const std::function<void(
 }
 
 void ObservedPlayback::finish() {
-    if (mObserver) {
-        mObserver->finish(
-                {mPlayback.calls(), mPlayback.flushes(), mReport.reports(), mReport.calls()});
+    if (!mObserver) {
+        return;
+    }
+    const std::vector<std::string> notes = mObserver->finish(
+            {mPlayback.calls(), mPlayback.flushes(), mReport.reports(), mReport.calls()});
+    for (const std::string& note : notes) {
+        std::cerr << printable(note) << '\n';
     }
 }
 

@@ -31,7 +31,8 @@ class ObservedPlayback {
     // Throws as Playback does.
     void play(Progress& progress) { mPlayback.play(progress); }
 
-    // To be called once the log was played. Throws what the view throws or has thrown.
+    // To be called once the log was played. Says on standard error what the views leave out. Throws
+    // what the view throws or has thrown.
     void finish();
 
   private:

@@ -13,6 +13,7 @@
 
 #include "ExitStatus.h"
 #include "LogCheck.h"
+#include "NewFile.h"
 #include "ObservedPlayback.h"
 #include "OutputFile.h"
 #include "Printable.h"
@@ -30,6 +31,16 @@ bool needsObserver(const ReplayOptions& options, std::FILE* terminal) {
     const view::ViewOptions& view = options.view;
     return options.records || view.failOnFindings || !view.trace.empty() || !view.html.empty() ||
            (terminal != nullptr && !view.quiet);
+}
+
+// The service's calls are written while the log is played, and views take the place of a file.
+void checkNames(const ReplayOptions& options) {
+    for (const std::string& file : {options.view.trace, options.view.html}) {
+        if (!options.json.empty() && !file.empty() && view::nameOneFile(options.json, file)) {
+            throw std::runtime_error(options.json +
+                                     ": cannot be both the service's calls and a view");
+        }
+    }
 }
 
 ExitStatus playInto(StepReader& reader, const LogFacts& facts, const ReplayOptions& options,
@@ -66,6 +77,7 @@ ExitStatus run(const ReplayOptions& options) {
         if (!facts) {
             return kUnusable;
         }
+        checkNames(options);
         const OutputFile json(options.json, options.path);
         return playInto(reader, *facts, options, json.get(), progress);
     } catch (const std::exception& error) {

@@ -71,7 +71,7 @@ std::vector<LateValue> lateValues(const ReportedValues& reported, const Reported
     for (const auto& [key, value] : reported) {
         if (now.count(key) == 0) {
             late.push_back(
-                    {key.first, value.node,
+                    {Teller::kAllNodes, value.node,
                      shortened(key.second) + " is gone, reported as " + shortened(value.text)});
         }
     }

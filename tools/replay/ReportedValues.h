@@ -14,7 +14,13 @@ struct RequestRecord;
 namespace replay {
 
 // Which update tells a value.
-enum class Teller { kFrame, kUserInterface, kAutomatics, kNode };
+enum class Teller {
+    kFrame,
+    kUserInterface,
+    kAutomatics,
+    kNode,
+    kAllNodes,  // takes nodes away as well
+};
 
 // Each value as the report writes it, by who tells it and its name: "iso", or of a node "start of
 // NODE" and "completion of NODE".
@@ -26,7 +32,7 @@ using ReportedValues = std::map<std::pair<Teller, std::string>, ReportedValue>;
 
 ReportedValues reportedValues(const camInfosync::RequestRecord& record);
 
-// A value that was reported otherwise, or that was or is none.
+// A value that was reported otherwise, or that was or is none; kAllNodes has told the latter.
 struct LateValue {
     Teller teller;
     std::string node;

@@ -1,6 +1,7 @@
 #include "SessionFindings.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,10 +18,16 @@ namespace {
 
 using view::FindingKind;
 
+constexpr uint64_t kRefused = uint64_t{1} << 63;  // no line has such a number
+
+uint64_t refused(CollectionSwitchOff which) {
+    return kRefused + static_cast<uint64_t>(which);
+}
+
 }  // namespace
 
 void SessionFindings::addSwitchedOff(const CaptureStep& step, CollectionSwitchOff which,
-                                     const std::string& answer) {
+                                     const std::optional<std::string>& answer) {
     SwitchedOff& off = mSwitchedOff[which];
     if (off.calls++ == 0) {
         off.first = originOf(step);
@@ -29,16 +36,16 @@ void SessionFindings::addSwitchedOff(const CaptureStep& step, CollectionSwitchOf
 }
 
 void SessionFindings::noteRefused(const std::string& name, CollectionSwitchOff which) {
-    mRefused.add(name, static_cast<uint64_t>(which));
+    mGone.add(name, refused(which));
 }
 
 void SessionFindings::addMissing(const CaptureStep& step, bool isThereNow) {
     const std::string& name = step.arguments.image;
     const std::string operation(step.operation);
     const Origin origin = originOf(step);
-    const auto removed = mRemoved.lineOf(name);
-    if (const auto refused = mRefused.lineOf(name); refused && !removed) {
-        addSwitchedOff(step, static_cast<CollectionSwitchOff>(*refused), {});
+    const auto removed = mGone.lineOf(name);
+    if (removed && *removed >= kRefused) {
+        addSwitchedOff(step, static_cast<CollectionSwitchOff>(*removed - kRefused), {});
         return;
     }
     const FindingKind kind = removed ? FindingKind::kAfterRemoval : FindingKind::kUnknownName;
@@ -65,14 +72,14 @@ void SessionFindings::add(view::Finding finding, const std::string& name) {
 std::vector<view::Finding> SessionFindings::take() {
     for (const auto& [which, off] : mSwitchedOff) {
         const std::string calls = off.calls == 1 ? "1 call" : std::to_string(off.calls) + " calls";
-        mFindings.add(
-                {FindingKind::kCollectionOff,
-                 reasonOf(which, off.answer) + "; " + calls + " had no effect; " + remedyOf(which),
-                 {},
-                 off.first.place,
-                 off.first.at,
-                 off.calls},
-                {});
+        mFindings.add({FindingKind::kCollectionOff,
+                       reasonOf(which, off.answer.value_or("")) + "; " + calls +
+                               " had no effect; " + remedyOf(which, off.answer),
+                       {},
+                       off.first.place,
+                       off.first.at,
+                       off.calls},
+                      {});
     }
     mSwitchedOff.clear();
     return mFindings.take();

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,11 +24,11 @@ class SessionFindings {
     explicit SessionFindings(bool beginningsAreLost) : mBeginningsAreLost(beginningsAreLost) {}
 
     void noteRegistered(const std::string& name) { mNear.add(name); }
-    void noteRemoved(const std::string& name, uint64_t line) { mRemoved.add(name, line); }
+    void noteRemoved(const std::string& name, uint64_t line) { mGone.add(name, line); }
 
     // A call that did nothing since a switch is off.
     void addSwitchedOff(const CaptureStep& step, CollectionSwitchOff which,
-                        const std::string& answer);
+                        const std::optional<std::string>& answer);
     // A capture could not be registered for that reason: further calls on it are counted there.
     void noteRefused(const std::string& name, CollectionSwitchOff which);
     // A call on a name that no capture had then.
@@ -43,7 +44,7 @@ class SessionFindings {
   private:
     struct SwitchedOff {
         Origin first;
-        std::string answer;
+        std::optional<std::string> answer;
         uint64_t calls = 0;
     };
 
@@ -51,8 +52,7 @@ class SessionFindings {
     FindingList mFindings;
     std::map<CollectionSwitchOff, SwitchedOff> mSwitchedOff;
     NearNames mNear;
-    NameMemory mRemoved;
-    NameMemory mRefused;  // with the switch as the line
+    NameMemory mGone;  // with the line of the removal, or what refused() makes of a switch
 };
 
 }  // namespace replay

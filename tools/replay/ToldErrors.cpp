@@ -109,6 +109,18 @@ void addAllAlgorithms(const RequestRecord& record, ErrorFindings& errors) {
     }
 }
 
+// Whether `text` is the library's own for such an error.
+bool standsForOneOf(const std::vector<view::Finding>& errors, std::string_view text) {
+    constexpr std::pair<std::string_view, FindingKind> kOwnTexts[] = {
+            {"vendor result error", FindingKind::kVendorError},
+            {"node process time out", FindingKind::kNodeTimeOut},
+            {"node process error", FindingKind::kNodeError}};
+    return std::any_of(errors.begin(), errors.end(), [&](const view::Finding& error) {
+        return std::find(std::begin(kOwnTexts), std::end(kOwnTexts), std::pair(text, error.kind)) !=
+               std::end(kOwnTexts);
+    });
+}
+
 }  // namespace
 
 std::vector<view::Finding> toldErrors(const CaptureStep& step, CallKind kind,
@@ -130,17 +142,18 @@ std::vector<view::Finding> toldErrors(const CaptureStep& step, CallKind kind,
 }
 
 std::vector<view::Finding> givenErrors(const CaptureStep& step, const RequestRecord& record) {
-    // The library's own texts stand for errors that are found below.
-    constexpr std::string_view kOwnTexts[] = {"vendor result error", "node process time out",
-                                              "node process error"};
     std::vector<view::Finding> findings;
     ErrorFindings errors(step, findings);
     addAllResults(record, errors);
     addAllAlgorithms(record, errors);
+    const std::vector<view::Finding> told = findings;
     for (const std::string& text : record.errorInfo) {
-        if (std::find(std::begin(kOwnTexts), std::end(kOwnTexts), text) == std::end(kOwnTexts)) {
+        if (!standsForOneOf(told, text)) {
             errors.add(FindingKind::kErrorText, {}, shortened(text));
         }
+    }
+    if (record.hasError && findings.empty()) {
+        errors.add(FindingKind::kErrorText, {}, "hasError is set, and no error is told");
     }
     return findings;
 }

@@ -90,7 +90,10 @@ void TrackedCapture::noteStage(const CaptureStep& step, CallKind kind) {
     // These have a constant, or a missing one that counts as 0.
     const auto hasTime = [](int64_t stage) { return stage != 0 && stage != 7 && stage != 11; };
     const int64_t stage = step.arguments.code.value_or(0);
-    const bool isKnown = step.at && !mDeskTimes.created;
+    // Stage 6 is the time since stage 4.
+    const bool isOfDesk =
+            stage == 6 && mDeskTimes.stages.count(camInfosync::TimeStageToChar[4]) != 0;
+    const bool isKnown = step.at && !mDeskTimes.created && !isOfDesk;
     if (kind == CallKind::kStages) {
         for (const std::string& name : step.arguments.names) {
             mDeskTimes.stages.erase(name);
@@ -139,13 +142,16 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
             mTold.anchorFrame = true;
             break;
         case CallKind::kAllResults:
-        case CallKind::kResult:
-            for (const std::string& name : step.arguments.names) {
-                mResults[idOf(name)] = origin;
-            }
+            noteResults(origin);
             break;
-        case CallKind::kAlgorithmList:
+        case CallKind::kResult:
+            mResults[idOf(step.arguments.names.at(0))] = origin;
+            break;
         case CallKind::kAllAlgorithms:
+            mTellers[Teller::kAllNodes] = origin;
+            mNodes.clear();
+            [[fallthrough]];
+        case CallKind::kAlgorithmList:
             mTellers[Teller::kNode] = origin;  // of the nodes that have no times yet
             [[fallthrough]];
         case CallKind::kNodeTimes:
@@ -158,17 +164,22 @@ void TrackedCapture::noteTold(const CaptureStep& step, CallKind kind, const Orig
     }
 }
 
+// All that the record has were told by one call.
+void TrackedCapture::noteResults(const Origin& origin) {
+    for (const auto& [id, text] : mRecord->snapshotInfo.vendorResultInfo) {
+        if (text != kNotReturned) {
+            mResults[id] = origin;
+        }
+    }
+}
+
 void TrackedCapture::noteGiven(const CaptureStep& step) {
     const Origin origin = originOf(step);
     mTold = {true, true, true, true, true};
     mDeskTimes = {false, false, {}};
     mExpected = origin;
     mTellers[Teller::kNode] = origin;
-    for (const auto& [id, text] : mRecord->snapshotInfo.vendorResultInfo) {
-        if (text != kNotReturned) {
-            mResults[id] = origin;
-        }
-    }
+    noteResults(origin);
     for (const auto& [node, time] : mRecord->snapshotInfo.zuAlgoInfo.algoTimeA) {
         mNodes[node] = origin;
     }
@@ -186,8 +197,8 @@ void TrackedCapture::noteReport(ReportedRecord reported, bool isFlush) {
     keepCall(std::move(reported.call));
 }
 
-void TrackedCapture::noteFlushWithoutReport(const CaptureStep& step) {
-    addCall(step, true);
+void TrackedCapture::noteFlushWithoutReport(const CaptureStep& step, bool hadEffect) {
+    addCall(step, hadEffect);
     noteFlushed(callOf(step));
 }
 
@@ -273,12 +284,13 @@ void TrackedCapture::findLateCalls() {
             late.text += "; and " + std::to_string(late.values - kMostValues) + " more values";
         }
         const std::string operation = markAsUseless(line);
-        addFinding({FindingKind::kLate, operation + ": too late for the report: " + late.text,
-                    operation, late.origin.place, late.origin.at});
+        const std::string call = operation.empty() ? "" : operation + ": ";
+        addFinding({FindingKind::kLate, call + "too late for the report: " + late.text, operation,
+                    late.origin.place, late.origin.at});
     }
 }
 
-// Returns the operation of the call of that line.
+// Returns the operation of the call of that line, or nothing if the call is not kept.
 std::string TrackedCapture::markAsUseless(uint64_t line) {
     std::string operation;
     for (view::Call& call : mCapture.calls) {

@@ -58,7 +58,7 @@ class TrackedCapture {
     void noteGiven(const CaptureStep& step);
     // The record was reported; `values` of a request are another record's.
     void noteReport(ReportedRecord reported, bool isFlush);
-    void noteFlushWithoutReport(const CaptureStep& step);
+    void noteFlushWithoutReport(const CaptureStep& step, bool hadEffect);
     void noteRemoval(const CaptureStep& step);
 
     // Calls beyond twenty thousand, which are not kept.
@@ -71,6 +71,7 @@ class TrackedCapture {
   private:
     void noteFlushed(const view::Call& call);
     void noteTold(const CaptureStep& step, CallKind kind, const Origin& origin);
+    void noteResults(const Origin& origin);
     void keepCall(view::Call call);
     void findMissingResults();
     void findMissingCompletions();

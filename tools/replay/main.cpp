@@ -227,13 +227,8 @@ int run(int argc, char** argv) {
         return app.exit(error) == 0 ? replay::kPlayed : replay::kUnusable;
     }
     warnOfMisspelling(settings);
-    const ReplayOptions& options = settings.replay;
-    if (!options.json.empty() &&
-        (options.json == options.view.trace || options.json == options.view.html)) {
-        std::fprintf(stderr, "infosync-replay: %s: cannot be both the service's calls and a view\n",
-                     replay::printable(options.json).c_str());
-        return replay::kUnusable;
-    }
+    // Nothing else is played, in any round.
+    settings.replay.view.inFull = !settings.replay.view.images.empty();
     return openAndPlay(settings);
 }
 

@@ -18,11 +18,14 @@ bool Capture::hasFailed() const {
 }
 
 std::optional<double> Capture::duration() const {
-    constexpr double kNanosecondsPerMs = 1e6;
+    constexpr long double kNanosecondsPerMs = 1e6L;
     if (!registered || !flushed) {
         return std::nullopt;
     }
-    return (static_cast<double>(*flushed) - static_cast<double>(*registered)) / kNanosecondsPerMs;
+    // In numbers that hold any two times: the difference of these may overflow.
+    const long double ns =
+            static_cast<long double>(*flushed) - static_cast<long double>(*registered);
+    return static_cast<double>(ns / kNanosecondsPerMs);
 }
 
 const Node* Capture::slowestNode() const {

@@ -1,5 +1,6 @@
 #include "CaptureReport.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -8,6 +9,7 @@
 
 #include "Capture.h"
 #include "Columns.h"
+#include "Finding.h"
 #include "FindingText.h"
 #include "MomentText.h"
 #include "ReceivedText.h"
@@ -28,18 +30,26 @@ std::string headText(const Capture& capture, const TerminalStyle& style) {
            (capture.process.empty() ? "" : ", process " + safe(capture.process)) + '\n';
 }
 
-// When it was registered, flushed and removed.
+bool lacksLines(const Capture& capture) {
+    return std::any_of(capture.findings.begin(), capture.findings.end(),
+                       [](const Finding& finding) { return finding.kind == FindingKind::kGap; });
+}
+
+// When it was registered, flushed and removed. A source without all lines cannot tell that one of
+// them did not happen.
 std::string lifeText(const Capture& capture, const Session& session) {
     const std::string at = momentText(capture.registered, session);
-    const auto happened = [&](bool has, const char* what, Time when) {
-        return has ? std::string(", ") + what + afterText(capture.registered, when)
-                   : std::string(", never ") + what;
+    const bool isWhole = capture.isRegistered && !lacksLines(capture);
+    const auto step = [&](bool has, const std::string& what, const char* noun, Time when) {
+        return has       ? ", " + what + afterText(capture.registered, when)
+               : isWhole ? ", not " + what
+                         : std::string(", ") + noun + " not known";
     };
     return "  " +
            (capture.isRegistered ? "registered" + (at.empty() ? "" : ' ' + at)
                                  : std::string("registration not known")) +
-           happened(capture.isFlushed, "flushed", capture.flushed) +
-           happened(capture.isRemoved, "removed", capture.removed) + '\n';
+           step(capture.isFlushed, "flushed", "flush", capture.flushed) +
+           step(capture.isRemoved, "removed", "removal", capture.removed) + '\n';
 }
 
 std::string findingsText(const Capture& capture, const Session& session,
@@ -91,7 +101,8 @@ std::string stagesText(const Capture& capture) {
     Section section("stages");
     for (const Stage& stage : capture.stages.value_or(std::vector<Stage>())) {
         const std::string time = stage.isKnown ? std::to_string(stage.ms) + " ms" : kNotKnown;
-        section.add(safe(stage.name), stage.number == 0 ? "" : time);
+        const bool hasNoTime = stage.number == 0 && stage.ms == -1;
+        section.add(safe(stage.name), hasNoTime ? "" : time);
     }
     return section.text();
 }

@@ -54,6 +54,8 @@ const char* nameOf(FindingKind kind) {
             return "no_completion";
         case FindingKind::kNeverFlushed:
             return "never_flushed";
+        case FindingKind::kStageLeftOut:
+            return "stage_left_out";
         case FindingKind::kNeverRemoved:
             return "never_removed";
         case FindingKind::kCutEvent:

@@ -44,6 +44,7 @@ enum class FindingKind {
     kNeverFlushed,
 
     // Worth knowing:
+    kStageLeftOut,  // an unknown name, by a call that told other stages as well
     kNeverRemoved,
     kCutEvent,  // the log kept its beginning only
     kGap,       // lines are missing from the log

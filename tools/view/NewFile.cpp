@@ -36,6 +36,15 @@ std::string withoutLinks(const std::string& path) {
 
 }  // namespace
 
+bool nameOneFile(const std::string& one, const std::string& other) {
+    const auto whole = [](const std::string& path) {
+        std::error_code error;
+        const fs::path real = fs::weakly_canonical(fs::absolute(path), error);
+        return error ? fs::path(path) : real;
+    };
+    return one == other || whole(one) == whole(other);
+}
+
 NewFile::NewFile(const std::string& path) : mPath(path), mTarget(withoutLinks(path)) {
     if (path == "-") {
         throw std::runtime_error("standard output cannot be written to here; please name a file");

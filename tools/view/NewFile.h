@@ -15,6 +15,9 @@ struct FileCloser {
 };
 using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
+// Whether both names are of the same file, which need not exist yet.
+bool nameOneFile(const std::string& one, const std::string& other);
+
 // Writes to a temporary file in the same folder. A device or a pipe of that name is written to as
 // it is; "-" is refused.
 //

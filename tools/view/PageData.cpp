@@ -220,7 +220,8 @@ void CaptureObject::addCalls() {
 std::string findingOf(const Finding& finding, const std::string& at) {
     const char* weight = meansFailure(finding.kind) ? "0" : meansNoEffect(finding.kind) ? "1" : "2";
     return row({jsonOfSafe(nameOf(finding.kind)), weight, jsonText(finding.text),
-                jsonText(finding.subject), placeOf(finding.place), at});
+                jsonText(finding.subject), placeOf(finding.place), at,
+                std::to_string(finding.calls)});
 }
 
 void CaptureObject::addFindings() {

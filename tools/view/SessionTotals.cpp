@@ -60,8 +60,10 @@ void SessionTotals::add(const Capture& capture) {
 
 std::string SessionTotals::line(const Session& session) const {
     const uint64_t calls = mNoEffects + callsOf(session.findings, meansNoEffect);
+    const uint64_t others = callsOf(session.findings, meansFailure);
     return counted(mCaptures, "capture") + ", " + std::to_string(mFailed.count) + " failed, " +
-           counted(calls, "call") + " without effect";
+           counted(calls, "call") + " without effect" +
+           (others == 0 ? "" : ", " + counted(others, "failure") + " of no known capture");
 }
 
 std::string SessionTotals::text(const Session& session) const {

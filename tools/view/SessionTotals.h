@@ -18,7 +18,7 @@ class SessionTotals {
   public:
     void add(const Capture& capture);
 
-    // "8 captures, 1 failed, 3 calls without effect"
+    // "8 captures, 1 failed, 3 calls without effect", and failures that are of no known capture
     std::string line(const Session& session) const;
     std::string text(const Session& session) const;
 

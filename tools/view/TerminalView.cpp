@@ -28,7 +28,7 @@ TerminalView::TerminalView(const ViewOptions& options, std::FILE* file, const Te
 // Whether the full report on the capture is, or may yet be, asked for.
 bool TerminalView::isWanted(const Capture& capture) const {
     const auto& images = mOptions.images;
-    return (mOptions.failed && capture.hasFailed()) ||
+    return mOptions.inFull || (mOptions.failed && capture.hasFailed()) ||
            std::find(images.begin(), images.end(), capture.name) != images.end() ||
            (!choosesReports() && !mOptions.summary && mSummary.size() <= kMostInFull);
 }

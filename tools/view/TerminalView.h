@@ -30,7 +30,9 @@ class TerminalView : public View {
 
   private:
     bool isWanted(const Capture& capture) const;
-    bool choosesReports() const { return mOptions.failed || !mOptions.images.empty(); }
+    bool choosesReports() const {
+        return mOptions.failed || mOptions.inFull || !mOptions.images.empty();
+    }
     void write(const std::string& text);
     void writeFindings(const Session& session);
     void writeCaptures();

@@ -16,6 +16,7 @@ struct ViewOptions {
     bool failed = false;   // the full report on those that have failed
     std::string sort;      // of the summary: "time", "findings", or empty: as they were registered
     std::vector<std::string> images;  // the full report on these
+    bool inFull = false;              // the full report on all, however many
     bool quiet = false;               // nothing on the terminal
     bool notesAreTold = false;        // standard error has the session's notes already
     std::string trace;                // files to write; empty: none

@@ -8,6 +8,7 @@
 
 #include "Capture.h"
 #include "Finding.h"
+#include "NewFile.h"
 #include "Page.h"
 #include "PageParts.h"
 #include "TerminalStyle.h"
@@ -32,7 +33,8 @@ Views::Views(const ViewOptions& options, std::FILE* terminal)
     if (terminal != nullptr && !options.quiet) {
         mViews.push_back(std::make_unique<TerminalView>(options, terminal, styleOf(terminal)));
     }
-    if (!options.trace.empty() && options.trace == options.html) {
+    if (!options.trace.empty() && !options.html.empty() &&
+        nameOneFile(options.trace, options.html)) {
         throw std::runtime_error(options.trace + ": cannot be both the trace and the page");
     }
     if (!options.trace.empty()) {

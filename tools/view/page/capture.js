@@ -67,9 +67,10 @@ class CaptureView {
       element("div", {}, [element("dt", {}, name), element("dd", {}, text)])));
   }
 
-  // True is an event whose time is not known.
+  // True is an event whose time is not known. One that the log does not tell may have happened.
   eventText(event) {
-    return event === false ? "no" : event === true ? "yes, when is not known" : `at ${momentText(event)}`;
+    return event === false ? "not in the log"
+      : event === true ? "yes, when is not known" : `at ${momentText(event)}`;
   }
 
   addFindings(capture) {
@@ -135,7 +136,7 @@ class CaptureView {
     this.add(parent, "Stages", [
       number("Stage", row => row.number),
       text("Name", row => row.name),
-      number("ms", row => row.ms === null || row.ms === -1 ? NOT_KNOWN : row.ms),
+      number("ms", row => row.ms === null ? NOT_KNOWN : row.number === 0 && row.ms === -1 ? "" : row.ms),
     ], capture.stages, capture.raw.stages !== undefined);
     this.add(parent, "Values", [
       text("Of", row => row.group), text("Name", row => row.name), text("Value", row => row.text),

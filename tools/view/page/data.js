@@ -10,6 +10,11 @@ function sum(list, toNumber) {
   return list.reduce((total, each) => total + toNumber(each), 0);
 }
 
+// How many calls the findings of that weight stand for.
+function callsOf(findings, weight) {
+  return sum(findings, finding => finding[1] === weight ? finding[6] : 0);
+}
+
 // One capture, with all texts in place of their numbers. What is seldom looked at is made when it
 // is asked for.
 class Capture {
@@ -23,8 +28,8 @@ class Capture {
     this.ms = typeof raw.ms === "number" ? raw.ms : null;
     this.mode = this.modeOf();
     this.slowest = this.slowestNode();
-    this.failures = sum(raw.findings, finding => finding[1] === 0 ? 1 : 0);
-    this.noEffects = sum(raw.findings, finding => finding[1] === 1 ? 1 : 0);
+    this.failures = callsOf(this.raw.findings, 0);
+    this.noEffects = callsOf(this.raw.findings, 1);
     // Microseconds on the session's clock, or on the nodes'.
     this.isOnSessionClock = raw.start !== undefined;
     this.start = this.isOnSessionClock ? raw.start : raw.nodesStart;
@@ -153,6 +158,8 @@ class Session {
     this.calls = raw.calls;
     this.toReal = raw.toReal;
     this.findings = raw.findings.map(finding => this.finding(finding));
+    this.failures = callsOf(raw.findings, 0);
+    this.noEffects = callsOf(raw.findings, 1);
     this.captures = data.captures.map(capture => new Capture(capture, this));
     this.captures.sort((one, other) => one.number - other.number);
     this.length = 0; // microseconds, of all captures

@@ -58,10 +58,10 @@ class Page {
   addTotals() {
     const {captures, switches, notes, findings} = this.session;
     const failed = captures.filter(capture => capture.hasFailed).length;
-    const noEffects = captures.reduce((total, capture) => total + capture.noEffects, 0) +
-      findings.filter(finding => finding.weight === "no-effect").length;
+    const noEffects = captures.reduce((total, capture) => total + capture.noEffects,
+      this.session.noEffects);
     const texts = [counted(captures.length, "capture"), `${failed} failed`,
-      `${counted(noEffects, "call")} without effect`, this.startText()];
+      `${counted(noEffects, "call")} without effect`, this.otherFailures(), this.startText()];
     byId("totals").textContent = texts.filter(text => text !== "").join(" · ");
     const lists = [
       element("p", {class: "text"},
@@ -72,6 +72,11 @@ class Page {
     ];
     byId("session").lastElementChild.append(...lists);
     byId("session").open = findings.length > 0;
+  }
+
+  otherFailures() {
+    const {failures} = this.session;
+    return failures === 0 ? "" : `${counted(failures, "failure")} of no known capture`;
   }
 
   startText() {
