@@ -163,6 +163,19 @@ TEST(Content, HasACallWithoutEffectIfNoneOfItsStagesIsKnown) {
               calls(shown.captures.at(0)));
 }
 
+TEST(Content, HasACallWithoutEffectIfCollectionIsOff) {
+    const std::string on = R"("at":1,"thread":"t","tid":5,)";
+    const std::string asked = on + R"("key":"snapshotInfoCollectEnable","answer":)";
+    const Shown shown = play(
+            {kHeader, R"({"n":1,)" + on + R"("call":"registerSnapshotRequestRecord","image":"A"})",
+             R"({"answered":1,)" + asked + R"("enabled"})",
+             R"({"n":2,)" + on + R"("call":"snapshotRequestInfoFlush","image":"A"})",
+             R"({"answered":2,)" + asked + R"("no"})"});
+    EXPECT_EQ((Lines{"registerSnapshotRequestRecord t 5 1 2",
+                     "snapshotRequestInfoFlush t 5 1 4 useless"}),
+              calls(shown.captures.at(0)));
+}
+
 // The desk's clock is nobody's business.
 TEST(Content, HasNoTimesThatTheLogDoesNotTell) {
     const Shown shown = play({"register A", R"(stage A "stage":0)", R"(stage A "stage":1)",

@@ -99,6 +99,11 @@ TEST(Findings, CutNamesBetweenCharacters) {
     EXPECT_EQ(Lines{"1 unknown_name " + name.substr(0, 199) +
                     "...: updateAnchor3aInfo: is not registered"},
               play({"3a " + name}).findings());
+    const std::string stage(1025, 'x');
+    EXPECT_EQ(
+            "2 unknown_stage_name updateSnapshotTimeInfo: " + stage.substr(1) +
+                    "... is no stage's name",
+            play({"register A", R"(stage A "timeInfo":{")" + stage + R"(":1})"}).findings().at(2));
 }
 
 TEST(Findings, NameTheLinesOfTheLogInEveryRound) {

@@ -73,12 +73,14 @@ class Pages(PageCase):
             ["Process", "hal"], ["Number", "3"], ["Cameras", "0, 3"],
             ["Algorithms", "mfnr, fusion"], ["Registered", "at 0 ms"],
             ["Flushed", "at 100.007 ms"], ["Removed", "not in the log"], ["To the flush", "100.007 ms"]])
+        self.assertEqual(self.find("#list tr.chosen button").text, "IMG</script>")
         self.assertEqual(self.find("#capture .findings").text.split("\n"), [
             "node error mfnr · made.jsonl:9", "too late updateUIInfo · second.jsonl:8", "cut"])
         self.assertEqual(self.rows("Nodes"), [
             ["mfnr", "5010", "5012.25", "5040.5", "30.5", "NodeProcessError", "yes", "made.jsonl:7"],
             ["fusion", "5050", "-1 (timed out)", "inf", "not known", "not known", "no",
              "made.jsonl:7"]])
+        self.assertEqual(self.find("#capture td.failed").text, "-1 (timed out)")
         self.assertEqual(self.rows("Stages"), [["0", "1request_to_zuhal", ""],
                                                ["1", "2request_to_vendor", "5"],
                                                ["2", "3result_from_vendor", "-1"]])

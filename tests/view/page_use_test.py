@@ -55,6 +55,17 @@ class Use(PageCase):
         header.find_element(By.TAG_NAME, "button").click()
         self.assertEqual(header.get_attribute("aria-sort"), "ascending")
         self.assertLess(float(self.rows("Captures")[0][8]), 31)
+        self.open(make("complete", 2))
+        # What is not known comes last either way.
+        for title, orders in (("To the flush, ms", (("descending", "3"), ("ascending", "3"))),
+                              ("Number", (("ascending", "3"), ("descending", "4")))):
+            header = next(each for each in self.browser.find_elements(By.CSS_SELECTOR, "#list th")
+                          if each.text == title)
+            for order, first in orders:
+                header.find_element(By.TAG_NAME, "button").click()
+                self.assertEqual(header.get_attribute("aria-sort"), order)
+                self.assertEqual(header.text, title + (" ↑" if order == "ascending" else " ↓"))
+                self.assertEqual(self.rows("Captures")[0][0], first)
 
     def test_ten_thousand_captures(self):
         page = make("ordinary", 10000)
@@ -73,6 +84,8 @@ class Use(PageCase):
         self.find("#list .scroll").click()
         self.press(Keys.END)
         self.assertEqual(self.run("return document.activeElement.dataset.row"), "9999")
+        self.press(Keys.PAGE_UP)
+        self.assertLess(int(self.run("return document.activeElement.dataset.row")), 9998)
         self.run("document.querySelector('#list .scroll').scrollTop = 0")
         self.wait_for(lambda: self.names()[0].endswith("_1"))
         self.assertEqual(self.run("return document.activeElement.className"), "scroll")
@@ -147,6 +160,10 @@ class Use(PageCase):
         self.assertIn("BURST_20261121_101500_1: at 0 ms", self.find("#overview .about").text)
         ActionChains(self.browser).click().perform()
         self.assertEqual(self.text("capture-title"), "BURST_20261121_101500_1")
+        canvas.send_keys("++++++")
+        zoomed = self.picture("#overview")
+        canvas.send_keys(Keys.ARROW_UP)  # to the last, which cannot be seen
+        self.assertNotEqual(self.picture("#overview"), zoomed)
 
     def hover(self, canvas, x, y):
         size = canvas.size
