@@ -170,12 +170,12 @@ TEST(Statistics, GroupsByAColumnOfCapturesOrNodes) {
     EXPECT_EQ("timed_out false 0101", groupOf("timed_out"));
 
     for (const std::string column : {"cam_mode", "is_listed"}) {
-        const std::string near = column.substr(0, column.size() - 1);
+        std::string near = column.substr(0, column.size() - 1);
         try {
             const Statistics statistics(near);
             ADD_FAILURE() << "there is no such column";
         } catch (const std::runtime_error& error) {
-            EXPECT_EQ("--by: rows have no column " + near + "; did you mean " + column + "?",
+            EXPECT_EQ("--by: rows have no column " + near.append("; did you mean ") + column + "?",
                       error.what());
         }
     }

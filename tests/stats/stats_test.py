@@ -157,9 +157,10 @@ class Stats(unittest.TestCase):
             self.assertEqual(1, result.stderr.count("\n"))
 
         for told, text in (({"captures": 2}, "captures.ndjson: has 1 rows"),
+                           ({"captures": 0, "nodes": 0}, "captures.ndjson: has 1 rows"),
                            ({"nodes": 3}, "nodes.ndjson: has 0 rows"),
                            ({"schema_version": 2}, "run.ndjson:1: schema_version: is 2")):
-            fewer = self.write(f"fewer{[*told]}", [capture(1)], [], told)
+            fewer = self.write(f"other{len(os.listdir(self.folder.name))}", [capture(1)], [], told)
             result = self.run_tool(PROGRAM, fewer)
             self.assertEqual((2, ""), (result.returncode, result.stdout))
             self.assertTrue(result.stderr.startswith(f"infosync-stats: {fewer}/{text}"),
@@ -261,7 +262,11 @@ class Stats(unittest.TestCase):
                                "UTC is the phone's time\n")
         self.assertEqual(30, told["captures"])
         self.check_times([1_000_000] * 29, told["shot_to_shot"])
-        result = self.run_tool([LOGCAT, self.path("log.txt")], "--stats", "--image", "A")
+        with open(log, "a", encoding="utf-8") as out:
+            out.write("11-21 10:16:00.000  1047  1234  5678 W kelo-InfoSynchronizer: INFOSYNC "
+                      "InfoSynchronizerManager.cpp:1 f()can't find imageName: B\n")
+        self.assertIn("findings\n", self.run_tool([LOGCAT, log], "--stats").stdout)
+        result = self.run_tool([LOGCAT, log], "--stats", "--image", "A")
         self.assertEqual((2, ""), (result.returncode, result.stdout))
 
 
