@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "Row.h"
+#include "SafeText.h"
+#include "TerminalText.h"
 
 namespace rows {
 namespace {
@@ -57,7 +59,7 @@ std::string capture(const std::string& more) {
 TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     const std::string path = write(
             "rows",
-            capture(R"(,"name":"A","has_failed":true,"iso":-9007199254740992,"fstop":2,"zoom_ratio":0.5)"
+            capture(R"(,"name":"A\\\\\\x1b","has_failed":true,"iso":-9007199254740992,"fstop":2,"zoom_ratio":0.5)"
                     R"(,"lux":18446744073709551615,"registered_ns":"-9223372036854775808","build":null)"
                     R"(,"req_value64":"18446744073709551615","stage_14_us":7)") +
                     R"({"capture_seq":2,"run_id":"r","schema_version":1})" + '\n');
@@ -66,7 +68,7 @@ TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     ASSERT_TRUE(reader.next(row));
     EXPECT_EQ(row.runId, "r");
     EXPECT_EQ(row.captureSeq, 1);
-    EXPECT_EQ(row.name, "A");
+    EXPECT_EQ(row.name, "A\\\x1b");  // not the escapes that rows have for it
     EXPECT_EQ(row.hasFailed, true);
     EXPECT_EQ(row.iso, -9007199254740992);
     EXPECT_EQ(row.fstop, 2.0);
@@ -83,6 +85,20 @@ TEST_F(RowReaderTest, ReadsEachTypeAndLeavesWhatIsNotThereUnknown) {
     EXPECT_FALSE(row.stages[14]);
     EXPECT_FALSE(reader.next(row));
     EXPECT_EQ(row.captureSeq, 2);
+}
+
+TEST(SafeText, IsReadAsWhatItWasBeforeItWasMadeSafe) {
+    for (const std::string& text :
+         {std::string("A\\n\x1b\n\t\x7f"), std::string("\xff\xc2\x80 \xe2\x80\xae z"),
+          std::string(1, '\0'), std::string("\\x41\\u{41}"),
+          std::string("\xf3\xa0\x81\x81\xc2\xad")}) {
+        EXPECT_NE(view::safe(text), text);
+        EXPECT_EQ(withoutEscapes(view::safe(text)), text);
+    }
+    for (const char* noEscape : {"\\", "a\\q", "\\x4", "\\xg1", "\\x+1", "\\u{}", "\\u{110000}",
+                                 "\\u{41", "\\u41}", "\\u{ffffffffff}"}) {
+        EXPECT_EQ(withoutEscapes(noEscape), noEscape);
+    }
 }
 
 TEST_F(RowReaderTest, IgnoresColumnsThatItDoesNotKnow) {

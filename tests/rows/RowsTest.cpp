@@ -19,7 +19,6 @@
 #include "RowColumns.h"
 #include "RowReader.h"
 #include "RowsOf.h"
-#include "TerminalText.h"
 #include "View.h"
 #include "ViewOptions.h"
 
@@ -28,13 +27,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// All that a row holds, as a file has it.
+// All that a row holds.
 class Content {
   public:
-    explicit Content(bool isRead) : mIsRead(isRead) {}
-
     void add(const std::string& name, const std::string& value) {
-        mText += name + '=' + (mIsRead ? value : safe(value)) + '\n';
+        mText += name + '=' + value + '\n';
     }
     template <typename Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
     void add(const std::string& name, Number value) {
@@ -53,13 +50,12 @@ class Content {
     const std::string& text() const { return mText; }
 
   private:
-    const bool mIsRead;
     std::string mText;
 };
 
 template <typename Row>
-std::string contentOf(const Row& row, bool isRead) {
-    Content content(isRead);
+std::string contentOf(const Row& row) {
+    Content content;
     rows::visitColumns(row, [&](const char* name, const auto& value) { content.add(name, value); });
     return content.text();
 }
@@ -69,7 +65,7 @@ std::vector<std::string> readAll(const std::string& path) {
     rows::RowReader<Row> reader(path);
     std::vector<std::string> all;
     for (Row row; reader.next(row);) {
-        all.push_back(contentOf(row, true));
+        all.push_back(contentOf(row));
     }
     return all;
 }
@@ -98,9 +94,9 @@ TEST_F(RowsTest, AreReadAsTheyWereWrittenWhateverACaptureHolds) {
                                                : hostileCapture(i);
         rows.add(capture, session);
         const rows::CaptureRow row = captureRowOf(capture, session, named);
-        captures.push_back(contentOf(row, false));
+        captures.push_back(contentOf(row));
         for (const rows::NodeRow& node : nodeRowsOf(capture, row)) {
-            nodes.push_back(contentOf(node, false));
+            nodes.push_back(contentOf(node));
         }
     }
     EXPECT_FALSE(fs::exists(mOptions.folder + "/captures.ndjson"));
@@ -164,7 +160,7 @@ TEST_F(RowsTest, TellOnlyWhatIsKnown) {
     RowOptions options;
     options.runId = "r";
     const rows::CaptureRow row = captureRowOf(capture, session, options);
-    EXPECT_EQ(contentOf(row, false),
+    EXPECT_EQ(contentOf(row),
               "run_id=r\ncapture_seq=3\nline=4\nname=\nflushed_ns=9223372036854775806\n"
               "is_flushed=0\nis_removed=0\nhas_failed=1\nfindings=4\ncalls=0\n"
               "calls_without_effect=0\nvendor_errors=0\nnode_time_outs=0\nnode_errors=0\n"
@@ -173,10 +169,10 @@ TEST_F(RowsTest, TellOnlyWhatIsKnown) {
               "node=merge\n");
     const std::vector<rows::NodeRow> nodes = nodeRowsOf(capture, row);
     ASSERT_EQ(nodes.size(), 2U);
-    EXPECT_EQ(contentOf(nodes[0], false),
+    EXPECT_EQ(contentOf(nodes[0]),
               "run_id=r\ncapture_seq=3\nname=\nnode=beauty\nis_listed=1\nhas_failed=1\n"
               "state=none\n");
-    EXPECT_EQ(contentOf(nodes[1], false),
+    EXPECT_EQ(contentOf(nodes[1]),
               "run_id=r\ncapture_seq=3\nname=\nnode=merge\nis_listed=1\ncompletion_us=2\n"
               "timed_out=1\nhas_failed=1\nstate=none\n");
     capture.findings.pop_back();

@@ -31,7 +31,7 @@ TEST(FindingText, BeginsWithThePlace) {
             findingLines(findings, sampleSession(), 4, kStyle));
     const std::string coloured = findingLines(findings, sampleSession(), 4, {80, false, true});
     EXPECT_EQ(0U, coloured.find("\033[31m    night.jsonl:21"));
-    EXPECT_EQ(std::string::npos, coloured.find("\033", coloured.find('\n')));
+    EXPECT_EQ(std::string::npos, coloured.find('\033', coloured.find('\n')));
     Session piped;
     piped.sources = {"-", "a\x1b"};
     EXPECT_EQ("standard input:3", placeText({0, 3}, piped));

@@ -180,8 +180,10 @@ class Comparison {
 
     void compareNode(const std::string& name, const rows::NodeRow& a, const rows::NodeRow& b) {
         compareTexts(Kind::kNodeState, "state", name, a.state, b.state, mBothKnow);
-        compareTexts(Kind::kNodeState, "timed_out", name, wordOf(a.timedOut.value_or(false)),
-                     wordOf(b.timedOut.value_or(false)), mBothKnow);
+        if (a.timedOut && b.timedOut) {
+            compareTexts(Kind::kNodeState, "timed_out", name, wordOf(*a.timedOut),
+                         wordOf(*b.timedOut), mBothKnow);
+        }
         compareTexts(Kind::kNodeState, "completed", name, wordOf(a.completion.has_value()),
                      wordOf(b.completion.has_value()), true);
         if (mBothKnow) {

@@ -11,6 +11,7 @@
 
 #include "Printable.h"
 #include "Row.h"
+#include "SafeText.h"
 
 namespace rows {
 namespace {
@@ -84,7 +85,7 @@ bool Field::set(double value) {
 }
 
 bool Field::set(const std::string& value) {
-    return assign(mMember, value) || assignWhole<int64_t>(mMember, value) ||
+    return assign(mMember, withoutEscapes(value)) || assignWhole<int64_t>(mMember, value) ||
            assignWhole<uint64_t>(mMember, value);
 }
 

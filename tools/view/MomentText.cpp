@@ -56,7 +56,7 @@ std::string momentText(Time at, const Session& session) {
     if (!at || session.clock == Clock::kNone) {
         return "";
     }
-    if (const Time real = realTime(*at, session)) {
+    if (const Time real = realTime(at, session)) {
         return calendarText(*real);
     }
     const Parts parts = partsOf(*at);
