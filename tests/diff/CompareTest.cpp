@@ -158,6 +158,11 @@ TEST(Compare, TellsWhatDiffersInANode) {
         each.change(other.nodes[0]);
         EXPECT_EQ(each.expected, compare(known(), other));
     }
+    Captured timedOut = known();
+    timedOut.nodes[0].timedOut = true;
+    Captured untold = known();
+    untold.nodes[0].timedOut.reset();
+    EXPECT_EQ(Found(), compare(timedOut, untold));
 }
 
 TEST(Compare, SaysNothingOfWhatASideCannotKnow) {

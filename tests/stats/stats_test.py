@@ -47,6 +47,8 @@ class Stats(unittest.TestCase):
         return self.path(name)
 
     def run_tool(self, command, *arguments, **options):
+        if command[0] in (REPLAY, LOGCAT):
+            command = PROGRAM[:-1] + command  # behind the emulator, if there is one
         return subprocess.run([*command, *arguments], capture_output=True, timeout=50,
                               encoding="utf-8", **options)
 
@@ -198,7 +200,7 @@ class Stats(unittest.TestCase):
                           "image": image, **fields})
 
         for number in range(1, 31):
-            name, at = f"IMG_{number}", number * 10**8
+            name, at = f"IMG\\{number}\x1b", number * 10**8
             call(at, "registerSnapshotRequestRecord", name)
             call(at + 500, "updateFrameInfo", name, frameNumber=1, timestamp="1", camIds=[0],
                  frameExtra=0)
