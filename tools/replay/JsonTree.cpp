@@ -185,7 +185,10 @@ const JsonValue* JsonTree::parse(std::string_view text) {
         return nullptr;
     }
     mValues.clear();
+    constexpr size_t kLongestSequence = 4;
     mText = text;
+    mText.append(kLongestSequence,
+                 '\0');  // validation takes all of a sequence, also of one cut off
     Stream stream(mText.data());
     Builder builder(*this, stream);
     const bool isWell = isAscii(text)
