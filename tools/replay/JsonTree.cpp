@@ -187,8 +187,7 @@ const JsonValue* JsonTree::parse(std::string_view text) {
     mValues.clear();
     constexpr size_t kLongestSequence = 4;
     mText = text;
-    mText.append(kLongestSequence,
-                 '\0');  // validation takes all of a sequence, also of one cut off
+    mText.append(kLongestSequence, '\0');  // all of a sequence is looked at, also if it is cut off
     Stream stream(mText.data());
     Builder builder(*this, stream);
     const bool isWell = isAscii(text)
