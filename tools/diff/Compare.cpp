@@ -181,8 +181,8 @@ class Comparison {
     void compareNode(const std::string& name, const rows::NodeRow& a, const rows::NodeRow& b) {
         compareTexts(Kind::kNodeState, "state", name, a.state, b.state, mBothKnow);
         if (a.timedOut && b.timedOut) {
-            compareTexts(Kind::kNodeState, "timed_out", name, wordOf(*a.timedOut),
-                         wordOf(*b.timedOut), mBothKnow);
+            compareTexts(Kind::kNodeState, "timed_out", name, wordOf(a.timedOut),
+                         wordOf(b.timedOut), mBothKnow);
         }
         compareTexts(Kind::kNodeState, "completed", name, wordOf(a.completion.has_value()),
                      wordOf(b.completion.has_value()), true);

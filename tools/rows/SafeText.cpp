@@ -14,8 +14,9 @@ namespace {
 uint32_t fromHex(std::string_view digits) {
     constexpr int kBase = 16;
     uint32_t value = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [last, error] = std::from_chars(digits.data(), end, value, kBase);
+    const char* const begin = digits.data();
+    const char* const end = begin + digits.size();
+    const auto [last, error] = std::from_chars(begin, end, value, kBase);
     return error == std::errc() && last == end ? value : UINT32_MAX;
 }
 
