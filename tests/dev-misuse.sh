@@ -28,8 +28,11 @@ ends 2 'dev: demo and infosync-replay do not take "--jsn=x"' demo scenarios/plai
 ends 2 'dev: demo --record takes no "x"' demo --record x
 ends 2 'dev: replay cannot read the log "absent"' replay absent
 ends 2 'dev: logcat cannot read "absent"' logcat absent
+ends 2 'dev: diff asks for two sides: capture logs, logcats, bug reports or folders of rows' diff a
+ends 2 'dev: stats asks for folders of rows' stats
 ends 2 'dev: there is no command "demmo"' demmo
 building='== building dev, which may take some minutes'
 ends 1 "$building" demo --json=- --summary --property a=b --help
+ends 1 "$building" diff --help
 ends 1 "$building" demo scenarios/plain-shot.jsonl
 [ "$failures" -eq 0 ]

@@ -115,11 +115,7 @@ class JsonTree::Builder {
   private:
     using Kind = JsonValue::Kind;
 
-    JsonValue& add(Kind kind) {
-        JsonValue& value = mTree.add(kind, mName);
-        mName = {};
-        return value;
-    }
+    JsonValue& add(Kind kind) { return mTree.add(kind, mName); }
     bool enter(Kind kind) {
         if (mDepth == kDeepestNesting) {
             return false;
@@ -139,7 +135,7 @@ class JsonTree::Builder {
 
     JsonTree& mTree;
     const Stream& mStream;
-    std::string_view mName;  // of the value that comes next
+    std::string_view mName;  // of the member that comes next; an element of an array has none
     size_t mDepth = 0;
     std::array<size_t, kDeepestNesting> mOpen{};  // objects and arrays around, the outermost first
 };
